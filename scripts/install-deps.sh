@@ -1,0 +1,30 @@
+#!/bin/sh
+# Installs what motordash needs to build and test on Debian 12. Idempotent and
+# silent when everything is already there.
+set -eu
+
+PACKAGES="build-essential cmake pkg-config g++ \
+libgtest-dev libgmock-dev libbenchmark-dev \
+libfreetype-dev libsocketcan-dev libsysfs-dev libts-dev libpng-dev zlib1g-dev \
+python3"
+
+missing=""
+for p in $PACKAGES; do
+    status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
+    case "$status" in
+        "install ok installed") ;;
+        *) missing="$missing $p" ;;
+    esac
+done
+
+[ -z "$missing" ] && exit 0
+
+echo "Installing:$missing"
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then
+    SUDO="sudo"
+fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+# shellcheck disable=SC2086
+$SUDO apt-get install -y -qq --no-install-recommends $missing >/dev/null

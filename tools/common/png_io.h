@@ -1,0 +1,19 @@
+#pragma once
+// PNG files for the tools: screenshots out, picture sources in.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// Writes width x height RGB565 pixels (row stride in pixels) as an 8-bit RGB PNG.
+// Returns "" on success, else what went wrong.
+std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t width, uint32_t height,
+                             uint32_t stride);
+
+// RGB565 to 8-bit channels, with the low bits filled so that white stays 255.
+inline void rgb565_to_rgb8(uint16_t c, uint8_t out[3])
+{
+    const uint8_t r = (uint8_t)(c >> 11), g = (uint8_t)((c >> 5) & 0x3F), b = (uint8_t)(c & 0x1F);
+    out[0] = (uint8_t)(r << 3 | r >> 2);
+    out[1] = (uint8_t)(g << 2 | g >> 4);
+    out[2] = (uint8_t)(b << 3 | b >> 2);
+}

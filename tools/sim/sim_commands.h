@@ -1,0 +1,5 @@
+#pragma once
+// The commands of motordash-sim; each returns the process exit code.
+
+int sim_init(int argc, char** argv);
+int sim_screenshot(int argc, char** argv);
