@@ -95,18 +95,23 @@ TEST(Mutex, IsRecursiveAndExcludesOthers)
     ASSERT_TRUE(MutexCreate(&m));
     EXPECT_TRUE(MutexLock(&m));
     EXPECT_TRUE(MutexLock(&m));
-    std::atomic<int> taken{-1};
+    struct Try {
+        MUTEX_HANDLE_T* mutex;
+        std::atomic<int> taken{-1};
+    } attempt;
+    attempt.mutex = &m;
+    std::atomic<int>& taken = attempt.taken;
     auto tryFromOther = [&] {
         pthread_t th;
         pthread_create(
             &th, nullptr,
             [](void* arg) -> void* {
-                auto* p = static_cast<std::pair<MUTEX_HANDLE_T*, std::atomic<int>*>*>(arg);
-                *p->second = MutexTryLock(p->first);
-                if (*p->second) MutexUnlock(p->first);
+                Try* t = static_cast<Try*>(arg);
+                t->taken = MutexTryLock(t->mutex);
+                if (t->taken) MutexUnlock(t->mutex);
                 return nullptr;
             },
-            new std::pair<MUTEX_HANDLE_T*, std::atomic<int>*>(&m, &taken));
+            &attempt);
         pthread_join(th, nullptr);
     };
     tryFromOther();

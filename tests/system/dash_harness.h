@@ -1,0 +1,75 @@
+#pragma once
+// System tests run the real programs in a temporary device root and look at what a
+// user would see: the page on the simulated framebuffer, the output, the files.
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+#include "simfb.h"
+
+// Paths of the built programs.
+std::string BinPath(const char* name);
+
+// A fresh device root made by `motordash-sim init`, removed with the object.
+class DeviceRoot {
+public:
+    explicit DeviceRoot(const char* product = "310");
+    ~DeviceRoot();
+    const std::string& Path() const { return path_; }
+    std::string Abs(const std::string& rel) const { return path_ + "/" + rel; }
+    void Write(const std::string& rel, const std::string& content, int mode = 0644) const;
+    std::string Read(const std::string& rel) const;
+    bool Exists(const std::string& rel) const;
+    void Remove(const std::string& rel) const;
+
+private:
+    std::string path_;
+};
+
+// A started program with its output captured to files.
+class Process {
+public:
+    // Starts `binary` with DASH_ROOT=root (unless root is null) and the extra
+    // environment entries ("NAME=value"); no core files.
+    Process(const std::string& binary, const char* root, const std::vector<std::string>& args = {},
+            const std::vector<std::string>& env = {});
+    ~Process();
+    pid_t Pid() const { return pid_; }
+    bool Signal(int sig) const;
+    // Waits up to timeoutMs for the end; true when it ended, with its wait status.
+    bool Wait(int timeoutMs, int* status);
+    // Polls stdout until it holds `text`, up to timeoutMs.
+    bool WaitForOutput(const std::string& text, int timeoutMs) const;
+    std::string Stdout() const;
+    std::string Stderr() const;
+
+private:
+    pid_t pid_ = -1;
+    std::string outPath_;
+    std::string errPath_;
+};
+
+// Runs a program to its end; returns its exit code (or 128 + signal) with the output.
+int RunProgram(const std::string& binary, const std::vector<std::string>& args, std::string* out = nullptr,
+               std::string* err = nullptr, const char* root = nullptr);
+
+// The simulated framebuffer of a root, mapped as the viewers map it.
+class FramebufferView {
+public:
+    explicit FramebufferView(const std::string& root);
+    ~FramebufferView();
+    bool Valid() const { return map_ != nullptr; }
+    const SIMFB_HEADER_T& Header() const { return *header_; }
+    // A pixel of the page on show.
+    uint16_t Pixel(uint32_t x, uint32_t y) const;
+
+private:
+    void* map_ = nullptr;
+    size_t length_ = 0;
+    const SIMFB_HEADER_T* header_ = nullptr;
+};
+
+// Monotonic milliseconds.
+int64_t NowMs();
