@@ -1,6 +1,7 @@
 # The two everyday commands: `make run` and `make test`. Both install what is
 # missing, configure and build first.
 JOBS ?= 2
+MAKEFLAGS += --no-print-directory
 ROOT ?= build/root
 
 .PHONY: all deps sim device asan tsan run test bench clean

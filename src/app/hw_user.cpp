@@ -1,6 +1,8 @@
 #include "hw_user.h"
 
 #include "Velnor_Dorvik_V6c.h"
+#include "data.h"
+#include "settings.h"
 #include "timer_drv.h"
 
 volatile U8 app_is_in_shutdown = 0;
@@ -50,6 +52,7 @@ void Thread_Foregroundx5(void)
 void Thread_Second(void)
 {
     _countPass(TASK_SECOND);
+    if (!app_is_in_shutdown) Timer_G3xzZ();
 }
 
 void Thread_Foregroundx10(void) {}
@@ -61,9 +64,15 @@ void Thread_Backgroundx10(void) {}
 void Thread_Backgroundx20(void) {}
 void Thread_Minute(void) {}
 
+void AppTrigger_FGND_DJRWa(void)
+{
+    if (RAMVariables.START_SCREEN >= 255) RAMVariables.START_SCREEN = EEVariables_RAMShadow.CURRENT_SCREEN;
+}
+
 void App_Startup(void)
 {
     app_is_in_shutdown = 0;
+    AppTrigger_FGND_DJRWa();
 }
 
 void App_Shutdown(void)
@@ -73,6 +82,9 @@ void App_Shutdown(void)
 
 void QuorinInit(void)
 {
+    App_EE_Init();
+    initCONSTVariables(&CONSTVariables);
+    initRAMEditVariables(&RAMEditVariables);
     Velnor_Dorvik_V6c_initialize();
     App_Startup();
     for (const TASK_ROW_T& row : m_taskTable) timer_register(row.task, row.delay_ms, row.period_ms);

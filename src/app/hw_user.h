@@ -9,6 +9,9 @@ void QuorinInit(void);
 void QuorinStep(void);
 void App_Startup(void);
 void App_Shutdown(void);
+// Takes the screen stored last as the one to show after the splash, unless the start
+// has chosen one already.
+void AppTrigger_FGND_DJRWa(void);
 
 // The task functions; only the first three are registered.
 void Thread_Foreground(void);

@@ -11,6 +11,7 @@
 
 #include "app_lock.h"
 #include "dash_root.h"
+#include "eeprom_drv.h"
 #include "fbdev.h"
 #include "main.h"
 #include "platform_sysinfo.h"
@@ -108,6 +109,7 @@ static void _shutdown(void)
 {
     puts("Shutdown...");
     DoPlatformShutdownCallbacks();
+    eeprom_deinit();
 }
 
 int main(void)

@@ -1,5 +1,6 @@
 #include "sdk_init.h"
 
+#include "eeprom_drv.h"
 #include "timer_drv.h"
 
 enum { PLATFORM_TIMERS = 20 };
@@ -7,6 +8,7 @@ enum { PLATFORM_TIMERS = 20 };
 void platform_init(void)
 {
     timer_init(PLATFORM_TIMERS);
+    eeprom_init();
 }
 
 void portable_init(void)

@@ -15,6 +15,7 @@ struct COMMAND_T {
 constexpr COMMAND_T m_commands[] = {
     {"init", sim_init, "init ROOT [--product 310|720]   make a device root that passes the start gate"},
     {"screenshot", sim_screenshot, "screenshot ROOT FILE.png        write the page on show as a PNG"},
+    {"settings", sim_settings, "settings ROOT|FILE              what the settings store holds and what the dash would load"},
 };
 
 int _usage(FILE* out)
