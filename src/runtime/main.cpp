@@ -1,9 +1,8 @@
 #include "main.h"
 
-#include <unistd.h>
-
 #include "app_lock.h"
 #include "hw_user.h"
+#include "layer_merger.h"
 #include "sdk_init.h"
 #include "timer_drv.h"
 
@@ -24,12 +23,12 @@ void ZelvoMain(void)
 
 void ZelvoMainLoop(void)
 {
+    // The compositor waits for the vertical blank, which paces this loop: it runs
+    // outside the application lock so that the tasks never wait for the panel.
+    merge_layers();
     AppLock();
     QuorinStep();
     AppUnlock();
-    // The compositor's wait for the vertical blank paces this loop; until the
-    // display engine is in, wait one frame period of the 60 Hz panel here.
-    usleep(1000000 / 60);
 }
 
 U32 ticks(void)

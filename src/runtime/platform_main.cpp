@@ -13,6 +13,7 @@
 #include "dash_root.h"
 #include "eeprom_drv.h"
 #include "fbdev.h"
+#include "lcdc_drv.h"
 #include "main.h"
 #include "platform_sysinfo.h"
 #include "stacktrace.h"
@@ -109,6 +110,7 @@ static void _shutdown(void)
 {
     puts("Shutdown...");
     DoPlatformShutdownCallbacks();
+    lcd_deinit();
     eeprom_deinit();
 }
 
