@@ -1,0 +1,24 @@
+#include "tool_commands.h"
+
+#include <cstdio>
+#include <cstring>
+
+static int _usage(const char* tool, const TOOL_COMMAND_T* commands, size_t count, FILE* out)
+{
+    fprintf(out, "usage: %s COMMAND ...\n", tool);
+    for (size_t i = 0; i < count; i++) fprintf(out, "  %s %s\n", tool, commands[i].usage);
+    return out == stdout ? 0 : 2;
+}
+
+int tool_dispatch(const char* tool, const TOOL_COMMAND_T* commands, size_t count, int argc, char** argv)
+{
+    if (argc < 2) return _usage(tool, commands, count, stderr);
+    if (!strcmp(argv[1], "--help") || !strcmp(argv[1], "-h") || !strcmp(argv[1], "help")) {
+        return _usage(tool, commands, count, stdout);
+    }
+    for (size_t i = 0; i < count; i++) {
+        if (!strcmp(argv[1], commands[i].name)) return commands[i].run(argc - 2, argv + 2);
+    }
+    fprintf(stderr, "%s: unknown command '%s'\n", tool, argv[1]);
+    return _usage(tool, commands, count, stderr);
+}
