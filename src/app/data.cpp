@@ -23,24 +23,29 @@ constexpr uint16_T m_profileDefault[PROFILE_WORDS] = {
     0x0304, 0x0000, 0x0000, 0x0000,  //
 };
 
-// The three profiles of a new dash; pages 7 to 15 are those of PROFILE_DEFAULT.
-constexpr uint16_T m_profileFactory[PROFILE_WORDS] = {
+// The three profiles of a new dash: pages 1 to 6 of their own, pages 7 to 15 those of
+// PROFILE_DEFAULT.
+constexpr int FACTORY_OWN_WORDS = 6 * 4;
+constexpr uint16_T m_profileFactoryOwn[FACTORY_OWN_WORDS] = {
     0x0000, 0x0022, 0x0100, 0x0000,  //
     0x0300, 0x0000, 0x0000, 0x0000,  //
     0x000E, 0x000F, 0x002C, 0x0022,  //
     0x0008, 0x0017, 0x0029, 0x0031,  //
     0x0024, 0x000A, 0x0009, 0x0006,  //
     0x000C, 0x000D, 0x0011, 0x0012,  //
-    0x0000, 0x0022, 0x0013, 0x002F,  //
-    0x0200, 0x0022, 0x0000, 0x002F,  //
-    0x0014, 0x0015, 0x0010, 0x0018,  //
-    0x0301, 0x0000, 0x0000, 0x0000,  //
-    0x0019, 0x001A, 0x001B, 0x001C,  //
-    0x001D, 0x001E, 0x001F, 0x0020,  //
-    0x0025, 0x0026, 0x0027, 0x0028,  //
-    0x0023, 0x0021, 0x000B, 0x0002,  //
-    0x0304, 0x0000, 0x0000, 0x0000,  //
 };
+
+struct PROFILE_WORDS_T {
+    uint16_T words[PROFILE_WORDS];
+};
+
+constexpr PROFILE_WORDS_T _factoryProfile()
+{
+    PROFILE_WORDS_T p{};
+    for (int i = 0; i < PROFILE_WORDS; i++) p.words[i] = i < FACTORY_OWN_WORDS ? m_profileFactoryOwn[i] : m_profileDefault[i];
+    return p;
+}
+constexpr PROFILE_WORDS_T m_profileFactory = _factoryProfile();
 
 constexpr void _copyProfile(uint16_T (&to)[4][15], const uint16_T (&from)[PROFILE_WORDS])
 {
@@ -70,9 +75,9 @@ constexpr EEVariables_T _eeVariablesDefault(void)
     d.TEMP_UNITS = 1;
     d.USER_PROFILE = 1;
     for (uint8_T& pages : d.PROFILE_GAUGE_COUNT) pages = PROFILE_PAGES;
-    _copyProfile(d.PROFILE_1, m_profileFactory);
-    _copyProfile(d.PROFILE_2, m_profileFactory);
-    _copyProfile(d.PROFILE_3, m_profileFactory);
+    _copyProfile(d.PROFILE_1, m_profileFactory.words);
+    _copyProfile(d.PROFILE_2, m_profileFactory.words);
+    _copyProfile(d.PROFILE_3, m_profileFactory.words);
     d.CURRENT_SCREEN = 1;
     d.BoostControl = 1;
     d.TractionControl = 1;

@@ -71,6 +71,21 @@ bool _wordSpan(GFX_RECT_T* r, U32 w, U32 h)
     return r->Left >= 0 && r->Top >= 0 && r->Right < (S32)w && r->Bottom < (S32)h;
 }
 
+// Merges the current dirty list and composes each rectangle, row by row, through
+// span(first pixel index, words).
+template <typename SPAN>
+void _composeDirty(U32 w, U32 h, SPAN span)
+{
+    DirtyRectFixup();
+    for (DIRTYRECT_T* d = DirtyRectGetFirst(); d; d = d->pNext) {
+        if (!_wordSpan(&d->rect, w, h)) continue;
+        const GFX_RECT_T& r = d->rect;
+        const U32 words = (U32)(r.Right - r.Left + 1) / 2;
+        U32 at = (U32)r.Top * w + (U32)r.Left;
+        for (S32 y = r.Top; y <= r.Bottom; y++, at += w) span(at, words);
+    }
+}
+
 }  // namespace
 
 BOOL isLcdFlipped(void)
@@ -117,16 +132,9 @@ void _merge_layers_compose(U16* page)
                 DirtyRectAdd(0, (S32)(h - m_prevButtonOverlayHeight) - 1, (S32)w - 1, (S32)(h - overlay) - 1);
             }
             m_prevButtonOverlayHeight = overlay;
-            DirtyRectFixup();
-            for (DIRTYRECT_T* d = DirtyRectGetFirst(); d; d = d->pNext) {
-                if (!_wordSpan(&d->rect, w, h)) continue;
-                const GFX_RECT_T& r = d->rect;
-                const U32 span = (U32)(r.Right - r.Left + 1) / 2;
-                U32 at = (U32)r.Top * w + (U32)r.Left;
-                for (S32 y = r.Top; y <= r.Bottom; y++, at += w) {
-                    _composeSpan(_words(page + at), _words(Layer2Buffer + at), _words(Layer1Buffer + at), span);
-                }
-            }
+            _composeDirty(w, h, [page](U32 at, U32 words) {
+                _composeSpan(_words(page + at), _words(Layer2Buffer + at), _words(Layer1Buffer + at), words);
+            });
         }
         if (overlay) _composeOverlay(page, w, h, overlay);
     } else {
@@ -136,16 +144,9 @@ void _merge_layers_compose(U16* page)
         if (!DirtyRectIsEnabled()) {
             _composeSpanFlipped(last, _words(Layer2Buffer), _words(Layer1Buffer), (w * h) / 2);
         } else {
-            DirtyRectFixup();
-            for (DIRTYRECT_T* d = DirtyRectGetFirst(); d; d = d->pNext) {
-                if (!_wordSpan(&d->rect, w, h)) continue;
-                const GFX_RECT_T& r = d->rect;
-                const U32 span = (U32)(r.Right - r.Left + 1) / 2;
-                U32 at = (U32)r.Top * w + (U32)r.Left;
-                for (S32 y = r.Top; y <= r.Bottom; y++, at += w) {
-                    _composeSpanFlipped(last - at / 2, _words(Layer2Buffer + at), _words(Layer1Buffer + at), span);
-                }
-            }
+            _composeDirty(w, h, [last](U32 at, U32 words) {
+                _composeSpanFlipped(last - at / 2, _words(Layer2Buffer + at), _words(Layer1Buffer + at), words);
+            });
         }
     }
     DirtyRectFlip();
