@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "dash_root.h"
@@ -66,14 +67,28 @@ static void _syncFolder(void)
     close(fd);
 }
 
+// 1 when the load would take the file.
+static BOOL _isWhole(const char* path)
+{
+    struct stat st;
+    return stat(path, &st) == 0 && st.st_size >= EEPROM_SIZE;
+}
+
 // The current file becomes the old one first: a new current file reaches full length
-// only by a completed write, and a shorter one is never loaded.
+// only by a completed write, and a shorter one is never loaded. A current file cut short
+// by an earlier loss stays where it is: moved, it would replace the one whole file there
+// is, and a second loss before this write ends would leave none.
 static void _saveSnapshot(void)
 {
-    rename(m_EEPROMFilename, m_EEPROMFilenameOld);
-    _syncFolder();
-    // No O_TRUNC: when the rename failed, the file is overwritten in place.
-    const int fd = open(m_EEPROMFilename, O_WRONLY | O_CREAT | O_CLOEXEC, 0755);
+    const BOOL whole = _isWhole(m_EEPROMFilename);
+    if (whole) {
+        rename(m_EEPROMFilename, m_EEPROMFilenameOld);
+        _syncFolder();
+    }
+    // A whole file the rename failed to move is overwritten in place. A short one is
+    // emptied first, so that a cut during this write leaves it short again, never a
+    // full-length mixture of two records.
+    const int fd = open(m_EEPROMFilename, O_WRONLY | O_CREAT | O_CLOEXEC | (whole ? 0 : O_TRUNC), 0755);
     if (fd < 0) return;  // this change stays in memory; the next one tries again
     if (write(fd, m_EEPROMDataCopy, EEPROM_SIZE) == EEPROM_SIZE) fsync(fd);
     close(fd);

@@ -210,6 +210,11 @@ void _printVerdict(const STORE_FILE_T& current, const STORE_FILE_T& old)
     }
     printf("The store counter would start again at %u and the factory settings would be stored within a second.\n",
            App_EE_DefaultsCounter(counter));
+    // Only a short or missing current file sends the dash to the older one.
+    if (loaded == &current && _accepted(old) && _verdict(old.record) == RECORD_GOOD)
+        printf("The .old file holds a good record (counter %u), but the dash does not fall back to it: it reads the "
+               ".old file only when the current one is missing, unreadable or too short.\n",
+               _field32(old.record, offsetof(EEVariables_T, ulEECounter)));
 }
 
 }  // namespace
@@ -223,6 +228,14 @@ int sim_settings(int argc, char** argv)
     std::string path = argv[0];
     struct stat st;
     if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) path += std::string("/") + STORE_FILE;
+    // Without the folder there is no store to speak of: a mistyped root, or a folder
+    // that is not one.
+    const std::string folder = path.find('/') == std::string::npos ? "." : path.substr(0, path.rfind('/') + 1);
+    if (stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        fprintf(stderr, "motordash-sim settings: %s: no such folder; give a device root or a store file\n",
+                folder.c_str());
+        return 1;
+    }
 
     STORE_FILE_T current = {}, old = {};
     current.path = path;
