@@ -3,6 +3,8 @@
 #include <cstring>
 #include <limits>
 
+#include "can_ports.h"
+
 real_T rtInf;
 real_T rtMinusInf;
 real_T rtNaN;
@@ -40,12 +42,25 @@ void Velnor_Dorvik_V6c_initialize(void)
     B.Knock = SCREEN_KNOCK;
     B.QuadsScreen = SCREEN_QUADS;
 
+    start_CAN_285279__0022();
+    start_CAN_285280__0051();
+
     // These three start as if their inputs had been high, so that a key held or a log
     // request present at power-up is not taken for a new edge.
     memset(&Velnor_Dorvik_V6c_PrevZCSigState, 0, sizeof(Velnor_Dorvik_V6c_PrevZCSigState));
     Velnor_Dorvik_V6c_PrevZCSigState.EditNextQuad_Trig_ZCE = 1;
     Velnor_Dorvik_V6c_PrevZCSigState.EditPage_Trig_ZCE = 1;
     Velnor_Dorvik_V6c_PrevZCSigState.LogWrite_Trig_ZCE = 1;
+
+    can_set_period_97090__0006(100);
+}
+
+void Velnor_Dorvik_V6c_WriteStringHigh(boolean_T enable, const uint8_T* bytes, S_String* text)
+{
+    if (!enable || !text || text->size == 0) return;
+    const uint32_T n = text->size - 1 < 7 ? text->size - 1 : 7;
+    memcpy(text->string, bytes, n);
+    text->string[n] = '\0';
 }
 
 void Velnor_Dorvik_V6c_step(void)

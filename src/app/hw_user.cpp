@@ -1,6 +1,8 @@
 #include "hw_user.h"
 
+#include "Timer_7Je7r.h"
 #include "Velnor_Dorvik_V6c.h"
+#include "can_ports.h"
 #include "data.h"
 #include "settings.h"
 #include "timer_drv.h"
@@ -41,7 +43,15 @@ const TASK_STATS_T* TaskStats(U32 task)
 void Thread_Foreground(void)
 {
     _countPass(TASK_FOREGROUND);
-    if (!app_is_in_shutdown) Velnor_Dorvik_V6c_step();
+    if (!app_is_in_shutdown) {
+        Velnor_Dorvik_V6c_step();
+        Timer_7Je7r();
+    }
+    // Two blocks: the calibration link's timed trigger goes between them and runs in shutdown too.
+    if (!app_is_in_shutdown) {
+        UpdatePeriodicCanTx_285279__0022();
+        UpdatePeriodicCanTx_285280__0051();
+    }
 }
 
 void Thread_Foregroundx5(void)

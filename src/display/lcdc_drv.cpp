@@ -12,6 +12,7 @@
 #include "lcd_buffer.h"
 #include "platform_sysinfo.h"
 #include "platform_utils.h"
+#include "touch_drv.h"
 
 namespace {
 
@@ -101,6 +102,7 @@ void lcd_init(void)
         _writeBacklight(255);
         m_lcdBacklightLevel = 255;
     }
+    if (info.touch) touch_init();
 }
 
 void lcd_deinit(void)

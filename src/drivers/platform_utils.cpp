@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 extern "C" {
 #include <sysfs/libsysfs.h>
@@ -47,6 +48,11 @@ BOOL write_attribute(const char* path, const char* text)
     if (!attr) {
         printf("Error opening attribute %s!\n", path);
         return 0;
+    }
+    // An attribute takes a whole new value; a plain file standing in for one (the
+    // simulated device's) must not keep the tail of a longer old one.
+    if (truncate(full, 0) != 0) {
+        // sysfs attributes may refuse a truncation; the write below replaces the value.
     }
     const BOOL ok = sysfs_write_attribute(attr, text, strlen(text)) == 0;
     if (!ok) printf("Error writing attribute %s with value %s!\n", path, text);

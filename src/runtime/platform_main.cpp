@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include "app_lock.h"
+#include "buzzer_drv.h"
+#include "can_drv.h"
 #include "dash_root.h"
 #include "eeprom_drv.h"
 #include "fbdev.h"
@@ -18,6 +20,7 @@
 #include "platform_sysinfo.h"
 #include "stacktrace.h"
 #include "timer_drv.h"
+#include "watchdog_drv.h"
 
 namespace {
 
@@ -112,6 +115,10 @@ static void _shutdown(void)
     DoPlatformShutdownCallbacks();
     lcd_deinit();
     eeprom_deinit();
+    buzzer_out(0);
+    can_close(CAN_PORT1);
+    can_close(CAN_PORT2);
+    watchdog_deinit();
 }
 
 int main(void)

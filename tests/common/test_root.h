@@ -1,5 +1,6 @@
 #pragma once
 // A temporary device root for one test: DASH_ROOT points at it while it lives.
+#include <cstdio>
 #include <cstdlib>
 #include <ftw.h>
 #include <string>
@@ -35,6 +36,18 @@ public:
         fclose(f);
         chmod(tmp.c_str(), mode);
         rename(tmp.c_str(), p.c_str());  // never run a script while it is half written
+    }
+
+    std::string Read(const std::string& rel) const
+    {
+        std::string data;
+        FILE* f = fopen(Abs(rel).c_str(), "rb");
+        if (!f) return data;
+        char buf[4096];
+        size_t n;
+        while ((n = fread(buf, 1, sizeof(buf), f)) > 0) data.append(buf, n);
+        fclose(f);
+        return data;
     }
 
 private:

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "can_bus.h"
+#include "can_dbc.h"
 #include "can_log.h"
 #include "tool_commands.h"
 
@@ -171,6 +172,7 @@ constexpr TOOL_COMMAND_T m_commands[] = {
     {"dump", _dump, "dump ROOT can0|can1 [-n N] [-t S]   print the frames on a port, candump log format"},
     {"send", _send, "send ROOT can0|can1 ID#DATA         send one frame"},
     {"play", _play, "play ROOT FILE                      replay a candump log with its timing"},
+    {"dbc", can_dbc, "dbc [FILE]                          write the dash's CAN message set as a DBC file"},
 };
 
 }  // namespace

@@ -7,6 +7,7 @@ namespace {
 constexpr TOOL_COMMAND_T m_commands[] = {
     {"init", sim_init, "init ROOT [--product 310|720]   make a device root that passes the start gate"},
     {"screenshot", sim_screenshot, "screenshot ROOT FILE.png        write the page on show as a PNG"},
+    {"key", sim_key, "key ROOT 1-5 press|release        press or release a key of a running dash"},
     {"settings", sim_settings, "settings ROOT|FILE              what the settings store holds and what the dash would load"},
 };
 

@@ -4,3 +4,4 @@
 int sim_init(int argc, char** argv);
 int sim_screenshot(int argc, char** argv);
 int sim_settings(int argc, char** argv);
+int sim_key(int argc, char** argv);

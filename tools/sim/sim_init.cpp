@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "sim_commands.h"
+#include "keypad_drv.h"
 #include "simfb.h"
 
 namespace {
@@ -27,8 +28,6 @@ constexpr const char* m_folders[] = {
     "dev", "etc", "proc/sys/kernel", "usr/sbin", "sys/uid/otp", "run/can",
     "app/bin", "app/data/config", "app/data/log", "app/event", "media", "tmp",
 };
-// The five key lines, key 1 to key 5.
-constexpr int m_keyLines[] = {68, 69, 71, 99, 70};
 constexpr const char* m_leds[] = {"lcdled-pwm", "keyled-pwm", "buzzer-pwm"};
 
 // Versions of a current device: all pass the start gate.
@@ -112,7 +111,7 @@ int sim_init(int argc, char** argv)
     for (const char* folder : m_folders) {
         if (!_mkdirs(base + "/" + folder)) failed = base + "/" + folder;
     }
-    for (int line : m_keyLines) {
+    for (U32 line : KEYPAD_KEY_LINES) {
         const std::string dir = base + "/sys/class/gpio/gpio" + std::to_string(line);
         if (!_mkdirs(dir) || !_writeText(dir + "/direction", "in\n") || !_writeText(dir + "/value", "1\n"))
             failed = dir;

@@ -1,0 +1,106 @@
+// A dash on a running virtual bus: its settings frame, and the ECU's frames decoded.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <sys/wait.h>
+
+#include "crc.h"
+#include "dash_harness.h"
+
+namespace {
+
+class DashOnBus : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        bus = std::make_unique<Process>(BinPath("motordash-can"), nullptr, std::vector<std::string>{"bus", root.Path()});
+        ASSERT_TRUE(bus->WaitForOutput("serving", 10000));
+    }
+    void TearDown() override
+    {
+        if (bus) bus->Signal(SIGTERM);
+    }
+    void Stop(Process& dash)
+    {
+        dash.Signal(SIGTERM);
+        int status = 0;
+        ASSERT_TRUE(dash.Wait(3000, &status));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << dash.Stderr();
+    }
+    DeviceRoot root;
+    std::unique_ptr<Process> bus;
+};
+
+// Sets a byte of the stored settings record and mends its check word.
+void PatchSettings(const DeviceRoot& root, const std::string& file, size_t offset, uint8_t value)
+{
+    std::string image = root.Read(file);
+    ASSERT_EQ(image.size(), 32768u);
+    image[offset] = (char)value;
+    const uint32_t crc = uiCrcCalculation(reinterpret_cast<const uint8_t*>(image.data()) + 4, 396);
+    memcpy(&image[0], &crc, 4);
+    root.Write(file, image);
+}
+
+TEST_F(DashOnBus, SendsTheSettingsFrameEvery100msWithTheStoredBoostStage)
+{
+    // A first run writes the factory settings; the boost stage is then set to 4.
+    {
+        Process dash(BinPath("motordash"), root.Path().c_str());
+        const int64_t end = NowMs() + 5000;
+        while (NowMs() < end && root.Read("app/data/config/motordash-eeprom.dat").size() != 32768) usleep(20000);
+        Stop(dash);
+    }
+    PatchSettings(root, "app/data/config/motordash-eeprom.dat", 395, 4);
+
+    Process dash(BinPath("motordash"), root.Path().c_str());
+    ASSERT_TRUE(dash.WaitForOutput("Bit-timing for can0", 10000)) << dash.Stdout();
+    std::string out;
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"dump", root.Path(), "can0", "-t", "5"}, &out), 0);
+    Stop(dash);
+
+    std::vector<double> times;
+    for (size_t at = 0; (at = out.find('(', at)) != std::string::npos; at++) {
+        const size_t line = out.find('\n', at);
+        const std::string text = out.substr(at, line - at);
+        if (text.find(" can0 131#") == std::string::npos) continue;
+        times.push_back(strtod(text.c_str() + 1, nullptr));
+        EXPECT_EQ(text.substr(text.size() - 2), "04") << text << ": D7 is the boost stage";
+        EXPECT_EQ(text.size() - text.find('#') - 1, 16u) << text;
+    }
+    ASSERT_GE(times.size(), 45u) << out;
+    EXPECT_LE(times.size(), 51u);
+    double worst = 0;
+    for (size_t i = 1; i < times.size(); i++) worst = std::max(worst, std::fabs(times[i] - times[i - 1] - 0.1));
+    const double mean = (times.back() - times.front()) / (times.size() - 1);
+    EXPECT_NEAR(mean, 0.100, 0.002);
+    EXPECT_LT(worst, 0.035) << "every gap near 100 ms";
+}
+
+TEST_F(DashOnBus, FramesSentToTheDashReachTheirMailboxes)
+{
+    Process dash(BinPath("motordash-probe"), root.Path().c_str());
+    ASSERT_TRUE(dash.WaitForOutput("Bit-timing for can0", 10000));
+    // 0x101: D0-D1 signed -2, D6 throttle 77 %. A short frame and an extended one with
+    // the same id are dropped and change nothing.
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "101#FFFE0000000004D00"}), 2)
+        << "nine bytes are refused by the tool";
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "101#FFFE000000004D00"}), 0);
+    usleep(100000);
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "101#0102"}), 0);
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "00000101#0102030405060708"}), 0);
+    usleep(200000);
+    Stop(dash);
+    const std::string probe = root.Read("tmp/can-probe.txt");
+    EXPECT_NE(probe.find("Differential_WheelSpeed -2\n"), std::string::npos) << probe;
+    EXPECT_NE(probe.find("TPS_g 77\n"), std::string::npos) << probe;
+    const size_t at = probe.find("age_0x101 ");
+    ASSERT_NE(at, std::string::npos);
+    const long age = strtol(probe.c_str() + at + 10, nullptr, 10);
+    EXPECT_GE(age, 15) << "the age counts from the last full frame, about 30 passes ago";
+    EXPECT_LT(age, 100);
+}
+
+}  // namespace
