@@ -18,9 +18,7 @@ sim asan tsan device: %: deps build/%/CMakeCache.txt
 	@cmake --build --preset $@ -j$(JOBS)
 
 run: sim
-	@[ -d "$(ROOT)" ] || build/sim/bin/motordash-sim init "$(ROOT)"
-	@echo "Device root: $(ROOT)  (screenshot: build/sim/bin/motordash-sim screenshot $(ROOT) screen.png)"
-	DASH_ROOT="$(abspath $(ROOT))" build/sim/bin/motordash
+	@scripts/run-sim.sh build/sim/bin "$(ROOT)"
 
 test: sim asan tsan
 	ctest --preset sim
