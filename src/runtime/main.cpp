@@ -3,6 +3,7 @@
 #include "app_lock.h"
 #include "buttonbar.h"
 #include "can_ports.h"
+#include "eventhandler.h"
 #include "hw_user.h"
 #include "layer_merger.h"
 #include "mmi.h"
@@ -23,6 +24,7 @@ void ZelvoMainInit(void)
 {
     sdk_init();
     MMIInit(MMI_SCREENS, MMI_STACK, MMI_HOOKS);
+    EventHandlerInit();
     startTick = get_uptime_milliseconds();
 }
 
@@ -45,6 +47,7 @@ void ZelvoMainLoop(void)
     // outside the application lock so that the tasks never wait for the panel.
     merge_layers();
     AppLock();
+    EventHandlerProcess();
     QuorinStep();
     AppUnlock();
 }

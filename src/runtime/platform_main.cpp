@@ -14,6 +14,7 @@
 #include "can_drv.h"
 #include "dash_root.h"
 #include "eeprom_drv.h"
+#include "event_drv.h"
 #include "fbdev.h"
 #include "lcdc_drv.h"
 #include "main.h"
@@ -70,11 +71,19 @@ static void* _signalHandlerThread(void*)
                 AppUnlock();
             }
             break;
+        case SIGUSR1:
+        case SIGUSR2:
+            // USB stick events from the system scripts.
+            if (m_isZelvoInitialised.load()) {
+                AppLock();
+                event_trigger(sig == SIGUSR1 ? EVENTID_EVENT1 : EVENTID_EVENT2, sig, sig - 10);
+                AppUnlock();
+            }
+            break;
         case SIGTERM:
             SetPlatformExitCode(0);
             break;
         default:
-            // SIGUSR1 and SIGUSR2: USB stick events, handled once their driver is in.
             break;
         }
     }
