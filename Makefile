@@ -17,8 +17,10 @@ build/%/CMakeCache.txt: | deps
 sim asan tsan device: %: deps build/%/CMakeCache.txt
 	@cmake --build --preset $@ -j$(JOBS)
 
+PORT ?= 8080
+
 run: sim
-	@scripts/run-sim.sh build/sim/bin "$(ROOT)"
+	build/sim/bin/motordash-sim run --root "$(ROOT)" --port $(PORT)
 
 test: sim asan tsan
 	ctest --preset sim

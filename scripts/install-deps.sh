@@ -6,7 +6,7 @@ set -eu
 PACKAGES="build-essential cmake pkg-config g++ \
 libgtest-dev libgmock-dev libbenchmark-dev \
 libfreetype-dev libsocketcan-dev libsysfs-dev libts-dev libpng-dev zlib1g-dev \
-python3"
+python3 chromium"
 
 missing=""
 for p in $PACKAGES; do
@@ -17,14 +17,24 @@ for p in $PACKAGES; do
     esac
 done
 
-[ -z "$missing" ] && exit 0
+# Node.js may come from elsewhere than Debian; any node with npm serves the browser test.
+command -v node >/dev/null 2>&1 || missing="$missing nodejs"
+command -v npm >/dev/null 2>&1 || missing="$missing npm"
 
-echo "Installing:$missing"
-SUDO=""
-if [ "$(id -u)" -ne 0 ]; then
-    SUDO="sudo"
+if [ -n "$missing" ]; then
+    echo "Installing:$missing"
+    SUDO=""
+    if [ "$(id -u)" -ne 0 ]; then
+        SUDO="sudo"
+    fi
+    export DEBIAN_FRONTEND=noninteractive
+    $SUDO apt-get update -qq
+    # shellcheck disable=SC2086
+    $SUDO apt-get install -y -qq --no-install-recommends $missing >/dev/null
 fi
-export DEBIAN_FRONTEND=noninteractive
-$SUDO apt-get update -qq
-# shellcheck disable=SC2086
-$SUDO apt-get install -y -qq --no-install-recommends $missing >/dev/null
+
+# The browser test's driver, from the npm registry, pinned by its lock file.
+E2E="$(dirname "$0")/../tests/e2e"
+if [ ! -d "$E2E/node_modules/playwright-core" ]; then
+    (cd "$E2E" && npm ci --silent --no-audit --no-fund >/dev/null)
+fi

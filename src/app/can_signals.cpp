@@ -1,5 +1,6 @@
 #include "can_signals.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -152,21 +153,71 @@ uint16_T CANFrameAge(uint32_T id)
     return f < CAN_FRAME_COUNT ? m_ages[f] : CAN_AGE_NEVER;
 }
 
-void CANSettingsFrameUpdate(void)
+void CANSettingsFrameData(const EEVariables_T& settings, uint8_T* data)
 {
-    const size_t f = CANFrameIndex(CAN_ID_SETTINGS);
-    const CAN_FRAME_T& frame = CAN_FRAMES[f];
-    const uint8_T* settings = _record(CAN_REC_EE);
-    uint64_t word = 0;
-    const CAN_ROWS_T rows = CAN_FRAME_ROWS[f];
+    memset(data, 0, 8);
+    const CAN_ROWS_T rows = CAN_FRAME_ROWS[CANFrameIndex(CAN_ID_SETTINGS)];
     for (size_t i = rows.first; i < rows.first + rows.count; i++) {
         const CAN_SIGNAL_T& s = CAN_SIGNALS[i];
         // The switches are single bits: a stored value above the field's top counts as the top.
-        const uint64_t value = settings[s.target.offset];
-        const uint64_t raw = value > CANFieldMask(s) ? CANFieldMask(s) : value;
-        word |= raw << CANFieldShift(frame.order, s);
+        CANEncodeSignal(s, reinterpret_cast<const uint8_T*>(&settings)[s.target.offset], data);
     }
+}
+
+void CANSettingsFrameUpdate(void)
+{
     uint8_T data[8];
-    for (int i = 0; i < 8; i++) data[i] = (uint8_T)(word >> (frame.order == CAN_BIG_ENDIAN ? 56 - 8 * i : 8 * i));
+    CANSettingsFrameData(EEVariables_RAMShadow, data);
     can_update_97090__0006(CAN_ID_SETTINGS, 0, sizeof(data), data);
+}
+
+uint64_t CANSignalRaw(const CAN_SIGNAL_T& s, const uint8_T* data)
+{
+    const CAN_ORDER_T order = CAN_FRAMES[CANFrameIndex(s.frame)].order;
+    return (CANFrameWord(order, data) >> CANFieldShift(order, s)) & CANFieldMask(s);
+}
+
+real_T CANSignalValue(const CAN_SIGNAL_T& s, const uint8_T* data)
+{
+    return _physical(s, CANSignalRaw(s, data));
+}
+
+// The field's raw bits for a value, limited to the field: [0, 2^w - 1] unsigned,
+// [-2^(w-1), 2^(w-1) - 1] signed. The limits are compared as doubles, where the top of a
+// field wider than 53 bits rounds up; a value at or above that still gets the exact top.
+static uint64_t _raw(const CAN_SIGNAL_T& s, real_T value)
+{
+    const real_T scaled = std::round((value - s.offset) * s.divisor);
+    if (std::isnan(scaled)) return 0;
+    const uint64_t mask = CANFieldMask(s);
+    if (!s.isSigned) {
+        if (scaled <= 0) return 0;
+        if (scaled >= (real_T)mask) return mask;
+        return (uint64_t)scaled;
+    }
+    const int64_t top = (int64_t)(mask >> 1);
+    const int64_t bottom = -top - 1;
+    int64_t v;
+    if (scaled >= (real_T)top) v = top;
+    else if (scaled <= (real_T)bottom) v = bottom;
+    else v = (int64_t)scaled;
+    return (uint64_t)v & mask;
+}
+
+void CANEncodeSignal(const CAN_SIGNAL_T& s, real_T value, uint8_T* data)
+{
+    const CAN_ORDER_T order = CAN_FRAMES[CANFrameIndex(s.frame)].order;
+    const int shift = CANFieldShift(order, s);
+    const uint64_t mask = CANFieldMask(s);
+    uint64_t word = CANFrameWord(order, data) & ~(mask << shift);
+    word |= _raw(s, value) << shift;
+    CANFrameBytes(order, word, data);
+}
+
+void CANEncodeText(const CAN_SIGNAL_T& s, const char* text, uint8_T* data)
+{
+    const size_t length = s.width / 8;
+    size_t n = 0;
+    for (; text && n < length && text[n]; n++) data[s.byte + n] = (uint8_T)text[n];
+    for (; n < length; n++) data[s.byte + n] = 0;
 }

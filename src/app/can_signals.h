@@ -592,6 +592,11 @@ constexpr uint64_t CANFrameWord(CAN_ORDER_T order, const uint8_T* data)
     for (int i = 0; i < 8; i++) word |= (uint64_t)data[i] << (order == CAN_BIG_ENDIAN ? 56 - 8 * i : 8 * i);
     return word;
 }
+// The inverse: the word back into the 8 data bytes.
+constexpr void CANFrameBytes(CAN_ORDER_T order, uint64_t word, uint8_T* data)
+{
+    for (int i = 0; i < 8; i++) data[i] = (uint8_T)(word >> (order == CAN_BIG_ENDIAN ? 56 - 8 * i : 8 * i));
+}
 constexpr int CANFieldShift(CAN_ORDER_T order, const CAN_SIGNAL_T& s)
 {
     return order == CAN_BIG_ENDIAN ? (7 - s.byte) * 8 + s.bit - (s.width - 1) : s.byte * 8 + s.bit;
@@ -607,6 +612,20 @@ constexpr size_t CANFrameIndex(uint32_T id)
     for (size_t i = 0; i < CAN_FRAME_COUNT; i++)
         if (CAN_FRAMES[i].id == id) return i;
     return CAN_FRAME_COUNT;
+}
+
+// The row whose target bears the name ("RPM", "EGT1", "SerialNumber"), CAN_SIGNAL_COUNT
+// when there is none.
+constexpr bool CANSameName(const char* a, const char* b)
+{
+    while (*a && *a == *b) a++, b++;
+    return *a == *b;
+}
+constexpr size_t CANSignalIndex(const char* name)
+{
+    for (size_t i = 0; i < CAN_SIGNAL_COUNT; i++)
+        if (CANSameName(CAN_SIGNALS[i].target.name, name)) return i;
+    return CAN_SIGNAL_COUNT;
 }
 
 // The rows of each frame: they stand together, frames in the order of CAN_FRAMES.
@@ -684,7 +703,30 @@ static_assert([] {
     return true;
 }(), "integer and text fields are raw; only the sent frame reads the settings, byte by byte");
 
+static_assert([] {
+    for (size_t i = 0; i < CAN_SIGNAL_COUNT; i++)
+        if (CANSignalIndex(CAN_SIGNALS[i].target.name) != i) return false;
+    return true;
+}(), "a target name names one row");
+
 // The fault frames carry one flag per row of the fault table.
 static_assert(CAN_FRAME_ROWS[CANFrameIndex(0x121)].count + CAN_FRAME_ROWS[CANFrameIndex(0x132)].count +
                   CAN_FRAME_ROWS[CANFrameIndex(0x133)].count ==
               191);
+
+// ---- The other side of the wire ------------------------------------------------------
+// Whoever plays the ECU (the simulator, tests) writes its frames through the same rows
+// the dash reads them with, so the two sides cannot drift apart.
+
+// The field of row s in the 8 bytes of its frame, as the decoder reads it: the raw bits,
+// and the value (two's complement for a signed field, then raw / divisor + offset).
+uint64_t CANSignalRaw(const CAN_SIGNAL_T& s, const uint8_T* data);
+real_T CANSignalValue(const CAN_SIGNAL_T& s, const uint8_T* data);
+// Writes value into the field of row s and leaves the other bits of the 8 bytes alone:
+// raw = round((value - offset) * divisor), limited to what the field holds; a value that
+// is not a number writes 0.
+void CANEncodeSignal(const CAN_SIGNAL_T& s, real_T value, uint8_T* data);
+// A text field: the characters of text cut to the field's bytes, the rest zeros.
+void CANEncodeText(const CAN_SIGNAL_T& s, const char* text, uint8_T* data);
+// The 8 bytes of the settings frame 0x131 that the dash sends for this record.
+void CANSettingsFrameData(const EEVariables_T& settings, uint8_T* data);

@@ -4,17 +4,19 @@
 #include <cstdio>
 #include <cstring>
 #include <png.h>
+#include <zlib.h>
 
 namespace {
 
-struct PNG_ERROR_T {
-    char text[256];
+struct PNG_SINK_T {
+    std::vector<uint8_t>* out;
+    char error[256];
 };
 
 void _onError(png_structp png, png_const_charp message)
 {
-    PNG_ERROR_T* err = static_cast<PNG_ERROR_T*>(png_get_error_ptr(png));
-    snprintf(err->text, sizeof(err->text), "%s", message);
+    PNG_SINK_T* sink = static_cast<PNG_SINK_T*>(png_get_error_ptr(png));
+    snprintf(sink->error, sizeof(sink->error), "%s", message);
     png_longjmp(png, 1);
 }
 
@@ -22,20 +24,33 @@ void _onWarning(png_structp, png_const_charp)
 {
 }
 
+void _onWrite(png_structp png, png_bytep data, png_size_t length)
+{
+    PNG_SINK_T* sink = static_cast<PNG_SINK_T*>(png_get_io_ptr(png));
+    sink->out->insert(sink->out->end(), data, data + length);
+}
+
+void _onFlush(png_structp)
+{
+}
+
 }  // namespace
 
-std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t width, uint32_t height,
-                             uint32_t stride)
+std::string png_encode_rgb565(std::vector<uint8_t>* out, const uint16_t* pixels, uint32_t width, uint32_t height,
+                              uint32_t stride, bool fast)
 {
-    FILE* f = fopen(path, "wb");
-    if (!f) return std::string("cannot write ") + path + ": " + strerror(errno);
-    PNG_ERROR_T err = {};
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &err, _onError, _onWarning);
+    out->clear();
+    PNG_SINK_T sink = {out, {}};
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &sink, _onError, _onWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     std::vector<uint8_t> row((size_t)width * 3);
     bool ok = png && info;
     if (ok && setjmp(png_jmpbuf(png)) == 0) {
-        png_init_io(png, f);
+        png_set_write_fn(png, &sink, _onWrite, _onFlush);
+        if (fast) {
+            png_set_compression_level(png, Z_BEST_SPEED);
+            png_set_filter(png, 0, PNG_FILTER_SUB);
+        }
         png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_write_info(png, info);
@@ -49,10 +64,23 @@ std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t 
         ok = false;
     }
     png_destroy_write_struct(png ? &png : nullptr, info ? &info : nullptr);
-    if (fclose(f) != 0) ok = false;
+    if (!ok) return sink.error[0] ? sink.error : "cannot encode the picture";
+    return "";
+}
+
+std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t width, uint32_t height,
+                             uint32_t stride)
+{
+    std::vector<uint8_t> data;
+    std::string error = png_encode_rgb565(&data, pixels, width, height, stride);
+    if (!error.empty()) return std::string("cannot write ") + path + ": " + error;
+    FILE* f = fopen(path, "wb");
+    if (!f) return std::string("cannot write ") + path + ": " + strerror(errno);
+    bool ok = fwrite(data.data(), 1, data.size(), f) == data.size();
+    ok = fclose(f) == 0 && ok;
     if (!ok) {
         remove(path);
-        return std::string("cannot write ") + path + ": " + (err.text[0] ? err.text : "write failed");
+        return std::string("cannot write ") + path + ": " + strerror(errno);
     }
     return "";
 }

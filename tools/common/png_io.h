@@ -4,8 +4,11 @@
 #include <string>
 #include <vector>
 
-// Writes width x height RGB565 pixels (row stride in pixels) as an 8-bit RGB PNG.
-// Returns "" on success, else what went wrong.
+// Encodes width x height RGB565 pixels (row stride in pixels) as an 8-bit RGB PNG.
+// `fast` trades size for speed (live pictures). Returns "" on success, else what went wrong.
+std::string png_encode_rgb565(std::vector<uint8_t>* out, const uint16_t* pixels, uint32_t width, uint32_t height,
+                              uint32_t stride, bool fast = false);
+// The same into a file.
 std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t width, uint32_t height,
                              uint32_t stride);
 

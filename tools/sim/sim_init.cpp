@@ -79,34 +79,16 @@ bool _framebufferFits(const std::string& path, const PRODUCT_T& p)
 
 }  // namespace
 
-int sim_init(int argc, char** argv)
+bool sim_make_root(const std::string& base, const char* productName, std::string* error)
 {
-    const char* root = nullptr;
-    const PRODUCT_T* product = &m_products[0];
-    for (int i = 0; i < argc; i++) {
-        if (!strcmp(argv[i], "--product") && i + 1 < argc) {
-            product = nullptr;
-            for (const PRODUCT_T& p : m_products) {
-                if (!strcmp(argv[i + 1], p.name)) product = &p;
-            }
-            if (!product) {
-                fprintf(stderr, "motordash-sim init: unknown product '%s' (310 or 720)\n", argv[i + 1]);
-                return 2;
-            }
-            i++;
-        } else if (!root && argv[i][0] != '-') {
-            root = argv[i];
-        } else {
-            fprintf(stderr, "usage: motordash-sim init ROOT [--product 310|720]\n");
-            return 2;
-        }
+    const PRODUCT_T* product = nullptr;
+    for (const PRODUCT_T& p : m_products) {
+        if (!strcmp(productName, p.name)) product = &p;
     }
-    if (!root) {
-        fprintf(stderr, "usage: motordash-sim init ROOT [--product 310|720]\n");
-        return 2;
+    if (!product) {
+        *error = std::string("unknown product '") + productName + "' (310 or 720)";
+        return false;
     }
-
-    const std::string base = root;
     std::string failed;
     for (const char* folder : m_folders) {
         if (!_mkdirs(base + "/" + folder)) failed = base + "/" + folder;
@@ -137,9 +119,44 @@ int sim_init(int argc, char** argv)
         failed = "dev/fb0";
 
     if (!failed.empty()) {
-        fprintf(stderr, "motordash-sim init: cannot make %s: %s\n", failed.c_str(), strerror(errno));
+        *error = "cannot make " + failed + ": " + strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+int sim_init(int argc, char** argv)
+{
+    const char* root = nullptr;
+    const PRODUCT_T* product = &m_products[0];
+    for (int i = 0; i < argc; i++) {
+        if (!strcmp(argv[i], "--product") && i + 1 < argc) {
+            product = nullptr;
+            for (const PRODUCT_T& p : m_products) {
+                if (!strcmp(argv[i + 1], p.name)) product = &p;
+            }
+            if (!product) {
+                fprintf(stderr, "motordash-sim init: unknown product '%s' (310 or 720)\n", argv[i + 1]);
+                return 2;
+            }
+            i++;
+        } else if (!root && argv[i][0] != '-') {
+            root = argv[i];
+        } else {
+            fprintf(stderr, "usage: motordash-sim init ROOT [--product 310|720]\n");
+            return 2;
+        }
+    }
+    if (!root) {
+        fprintf(stderr, "usage: motordash-sim init ROOT [--product 310|720]\n");
+        return 2;
+    }
+    std::string error;
+    if (!sim_make_root(root, product->name, &error)) {
+        fprintf(stderr, "motordash-sim init: %s\n", error.c_str());
         return 1;
     }
     printf("Device root %s: Zelvo%s, %u x %u\n", root, product->name, product->width, product->height);
     return 0;
 }
+

@@ -9,6 +9,17 @@
 #include "keypad_drv.h"
 #include "sim_commands.h"
 
+std::string sim_key_set(const std::string& root, int key, bool pressed)
+{
+    if (key < 1 || key > (int)KEYPAD_MAX_KEYS) return "key 1 to 5";
+    const std::string path = root + "/sys/class/gpio/gpio" + std::to_string(KEYPAD_KEY_LINES[key - 1]) + "/value";
+    // Same length written in place: a reader never sees the file empty.
+    FILE* f = fopen(path.c_str(), "r+");
+    if (!f) return "cannot open " + path + ": " + strerror(errno);
+    const bool ok = fputs(pressed ? "0\n" : "1\n", f) >= 0;
+    return fclose(f) == 0 && ok ? "" : "cannot write " + path;
+}
+
 int sim_key(int argc, char** argv)
 {
     if (argc != 3) {
@@ -22,13 +33,7 @@ int sim_key(int argc, char** argv)
         fprintf(stderr, "motordash-sim key: key 1 to 5, then press or release\n");
         return 2;
     }
-    const std::string path =
-        std::string(argv[0]) + "/sys/class/gpio/gpio" + std::to_string(KEYPAD_KEY_LINES[key - 1]) + "/value";
-    FILE* f = fopen(path.c_str(), "r+");
-    if (!f) {
-        fprintf(stderr, "motordash-sim key: cannot open %s: %s\n", path.c_str(), strerror(errno));
-        return 1;
-    }
-    const bool ok = fputs(press ? "0\n" : "1\n", f) >= 0;
-    return fclose(f) == 0 && ok ? 0 : 1;
+    const std::string error = sim_key_set(argv[0], (int)key, press);
+    if (!error.empty()) fprintf(stderr, "motordash-sim key: %s\n", error.c_str());
+    return error.empty() ? 0 : 1;
 }

@@ -1,0 +1,164 @@
+#include "sim_page.h"
+
+const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<title>motordash simulator</title>
+<style>
+  body { background: #15181d; color: #d8dee9; font: 14px/1.4 system-ui, sans-serif; margin: 0; }
+  header { padding: 10px 18px; background: #0d0f12; border-bottom: 1px solid #2a2f37; }
+  header b { color: #ffb300; }
+  main { display: grid; grid-template-columns: max-content minmax(280px, 380px); gap: 24px; padding: 18px; align-items: start; }
+  @media (max-width: 1100px) { main { grid-template-columns: 1fr; } }
+  .screens { display: flex; gap: 18px; align-items: flex-start; }
+  figure { margin: 0; }
+  figcaption { color: #8a93a3; font-size: 12px; margin-top: 4px; }
+  canvas { background: #000; display: block; border: 2px solid #2a2f37; border-radius: 4px; }
+  #big { image-rendering: pixelated; }
+  .keys { display: flex; gap: 6px; margin-top: 10px; }
+  .keys button { flex: 1; height: 48px; font-size: 15px; font-weight: 600; }
+  button { background: #262b33; color: #e6e9ef; border: 1px solid #3a414c; border-radius: 6px; padding: 6px 12px; cursor: pointer; }
+  button:hover { border-color: #ffb300; }
+  button.down { background: #ffb300; color: #000; }
+  section { background: #1c2026; border: 1px solid #2a2f37; border-radius: 8px; padding: 12px 14px; }
+  section h2 { font-size: 13px; text-transform: uppercase; letter-spacing: .06em; color: #8a93a3; margin: 0 0 8px; }
+  .row { display: flex; gap: 6px; align-items: center; margin: 6px 0; flex-wrap: wrap; }
+  pre { font-size: 12px; max-height: 220px; overflow: auto; background: #0d0f12; padding: 8px; border-radius: 4px; }
+  .value { color: #ffb300; font-weight: 600; }
+  #error { color: #ff6b6b; }
+</style>
+</head>
+<body>
+<header><b>motordash</b> simulator &mdash; <span id="summary">connecting&hellip;</span> <span id="error"></span></header>
+<main>
+  <div>
+    <div class="screens">
+      <figure><canvas id="screen" width="320" height="240" data-frames="0"></canvas>
+        <figcaption>true size &middot; <span id="fps">0</span> pictures/s</figcaption></figure>
+      <figure><canvas id="big" width="640" height="480"></canvas><figcaption>2x</figcaption></figure>
+    </div>
+    <div class="keys" id="keys"></div>
+    <div class="row" style="color:#8a93a3;font-size:12px">Click to press and release; hold for the hold actions. Keys 1 to 5 on the keyboard work too.</div>
+  </div>
+  <div style="display:flex;flex-direction:column;gap:14px">
+    <section><h2>USB stick</h2>
+      <div class="row">State: <span class="value" id="stick">?</span></div>
+      <div class="row"><button id="usb-insert">Insert</button><button id="usb-eject">Eject</button><button id="usb-pull">Pull</button></div>
+    </section>
+    <section><h2>Device</h2>
+      <div class="row">Dash: <span class="value" id="dash">?</span>, power cycles <span id="cycles">0</span></div>
+      <div class="row"><button id="power">Power cycle</button>
+        Product <select id="product"><option value="310">310 (320 x 240)</option><option value="720">720 (800 x 480, touch)</option></select></div>
+    </section>
+    <section><h2>Engine controller</h2>
+      <div class="row">Scenario <select id="scenario"></select> <button id="pause">Pause</button></div>
+      <div class="row" id="ecu"></div>
+      <div class="row">Dash asks: <span class="value" id="settings">&ndash;</span></div>
+    </section>
+    <section><h2>Frames the dash sent</h2><pre id="frames"></pre></section>
+  </div>
+</main>
+<script>
+"use strict";
+const $ = (id) => document.getElementById(id);
+let state = null, paused = false;
+
+async function post(path) {
+  const r = await fetch(path, { method: "POST" });
+  const text = await r.text();
+  if (!r.ok) { $("error").textContent = text.trim(); return; }
+  $("error").textContent = "";
+  show(JSON.parse(text));
+}
+
+function show(s) {
+  state = s;
+  $("summary").textContent = "Zelvo" + s.product + " in " + s.root;
+  $("stick").textContent = s.stick;
+  $("dash").textContent = s.dash;
+  $("cycles").textContent = s.powerCycles;
+  $("settings").textContent = s.settings || "\u2013";
+  $("product").value = s.product;
+  const sc = $("scenario");
+  if (sc.options.length !== s.scenarios.length) {
+    sc.innerHTML = s.scenarios.map((n) => "<option>" + n + "</option>").join("");
+  }
+  if (s.ecu) {
+    if (s.ecu.scenario) sc.value = s.ecu.scenario;
+    paused = !!s.ecu.paused;
+    $("pause").textContent = paused ? "Resume" : "Pause";
+    $("ecu").textContent = Object.entries(s.ecu).filter(([k]) => k !== "scenario" && k !== "paused")
+      .map(([k, v]) => k + " " + (typeof v === "number" ? Math.round(v * 10) / 10 : v)).join(" \u00b7 ");
+  }
+  s.keys.forEach((down, i) => $("key" + (i + 1)).classList.toggle("down", !!down));
+}
+
+for (let i = 1; i <= 5; i++) {
+  const b = document.createElement("button");
+  b.id = "key" + i;
+  b.textContent = "Key " + i;
+  let down = false;
+  const press = () => { if (!down) { down = true; post("/api/key/" + i + "/press"); } };
+  const release = () => { if (down) { down = false; post("/api/key/" + i + "/release"); } };
+  b.addEventListener("pointerdown", (e) => { e.preventDefault(); press(); });
+  b.addEventListener("pointerup", release);
+  b.addEventListener("pointerleave", release);
+  window.addEventListener("keydown", (e) => { if (e.key === String(i) && !e.repeat) press(); });
+  window.addEventListener("keyup", (e) => { if (e.key === String(i)) release(); });
+  $("keys").appendChild(b);
+}
+$("usb-insert").onclick = () => post("/api/usb/insert");
+$("usb-eject").onclick = () => post("/api/usb/eject");
+$("usb-pull").onclick = () => post("/api/usb/pull");
+$("power").onclick = () => post("/api/power/cycle");
+$("product").onchange = (e) => post("/api/product/" + e.target.value);
+$("scenario").onchange = (e) => post("/api/drive/scenario/" + e.target.value);
+$("pause").onclick = () => post(paused ? "/api/drive/resume" : "/api/drive/pause");
+
+// The live screen: the page on show as raw pixels, drawn as fast as they come.
+const small = $("screen"), big = $("big");
+let frames = 0, counted = 0, since = performance.now();
+async function picture() {
+  try {
+    const r = await fetch("/api/screen.raw");
+    if (r.ok) {
+      const w = +r.headers.get("X-Width"), h = +r.headers.get("X-Height");
+      const px = new Uint16Array(await r.arrayBuffer());
+      if (small.width !== w || small.height !== h) {
+        small.width = w; small.height = h; big.width = 2 * w; big.height = 2 * h;
+      }
+      const img = small.getContext("2d").createImageData(w, h);
+      const d = img.data;
+      for (let i = 0, j = 0; i < px.length; i++, j += 4) {
+        const c = px[i];
+        const r5 = c >> 11, g6 = (c >> 5) & 63, b5 = c & 31;
+        d[j] = (r5 << 3) | (r5 >> 2); d[j + 1] = (g6 << 2) | (g6 >> 4); d[j + 2] = (b5 << 3) | (b5 >> 2); d[j + 3] = 255;
+      }
+      small.getContext("2d").putImageData(img, 0, 0);
+      const g = big.getContext("2d");
+      g.imageSmoothingEnabled = false;
+      g.drawImage(small, 0, 0, big.width, big.height);
+      frames++; counted++;
+      small.dataset.frames = frames;
+    }
+  } catch (e) { $("error").textContent = "the simulator does not answer"; }
+  const now = performance.now();
+  if (now - since >= 1000) { $("fps").textContent = Math.round(counted * 1000 / (now - since)); counted = 0; since = now; }
+  setTimeout(picture, 10);
+}
+
+async function poll() {
+  try {
+    const [s, f] = await Promise.all([fetch("/api/state"), fetch("/api/frames")]);
+    show(await s.json());
+    $("frames").textContent = (await f.text()).trim().split("\n").slice(-20).join("\n");
+  } catch (e) { $("error").textContent = "the simulator does not answer"; }
+  setTimeout(poll, 500);
+}
+picture();
+poll();
+</script>
+</body>
+</html>
+)PAGE";

@@ -1,0 +1,479 @@
+// motordash-sim run: a whole simulated dash on this PC. It keeps a device root (a power
+// cycle keeps it, as a dash keeps its flash), serves the virtual CAN bus, runs the dash
+// in it, plays the engine controller and the USB stick's system scripts, and serves a
+// web page and an HTTP API to watch the screen and press the keys.
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <deque>
+#include <fcntl.h>
+#include <linux/can.h>
+#include <mutex>
+#include <poll.h>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "can_bus.h"
+#include "can_log.h"
+#include "ecu_model.h"
+#include "http_server.h"
+#include "png_io.h"
+#include "sim_commands.h"
+#include "sim_page.h"
+#include "sim_screen.h"
+
+namespace {
+
+constexpr const char* STICK_FOLDER = "disk_sda1";
+constexpr size_t FRAME_LOG_LINES = 400;
+constexpr int ECU_STEP_MS = 5;
+
+enum STICK_T { STICK_NONE, STICK_INSERTED, STICK_EJECTED };
+const char* const m_stickNames[] = {"none", "inserted", "ejected"};
+
+struct SIM_T {
+    std::string root;
+    std::string bin;
+    std::string product;
+    std::atomic<bool> stop{false};
+    std::mutex lock;  // everything below
+    pid_t dash = -1;
+    pid_t bus = -1;
+    STICK_T stick = STICK_NONE;
+    bool keys[5] = {};
+    ECU_MODEL_T ecu;
+    std::deque<std::string> frames;  // what the dash sent, as log lines
+    std::string settings;            // the last settings frame, described
+    unsigned powerCycles = 0;
+};
+
+SIM_T m_sim;
+
+double _realtime(void)
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_REALTIME, &ts);
+    return (double)ts.tv_sec + ts.tv_nsec / 1e9;
+}
+
+uint64_t _monotonicMs(void)
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
+}
+
+std::string _binDir(void)
+{
+    char path[4096];
+    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
+    if (n <= 0) return ".";
+    path[n] = '\0';
+    std::string s = path;
+    return s.substr(0, s.rfind('/'));
+}
+
+// A child that ends with the simulator, whatever ends it.
+pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
+{
+    const pid_t pid = fork();
+    if (pid != 0) return pid;
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    if (!dashRoot.empty()) setenv("DASH_ROOT", dashRoot.c_str(), 1);
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(argv[0], argv.data());
+    fprintf(stderr, "motordash-sim run: cannot start %s: %s\n", argv[0], strerror(errno));
+    _exit(127);
+}
+
+// Ends a child: SIGTERM, then SIGKILL after `graceMs`.
+void _end(pid_t pid, int graceMs)
+{
+    if (pid <= 0) return;
+    kill(pid, SIGTERM);
+    for (int waited = 0; waited < graceMs; waited += 10) {
+        if (waitpid(pid, nullptr, WNOHANG) == pid) return;
+        usleep(10000);
+    }
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+}
+
+void _startDash(void)
+{
+    m_sim.dash = _spawn({m_sim.bin + "/motordash"}, m_sim.root);
+}
+
+std::string _powerCycle(void)
+{
+    _end(m_sim.dash, 3000);
+    m_sim.powerCycles++;
+    _startDash();
+    printf("motordash-sim: power cycle %u\n", m_sim.powerCycles);
+    return "";
+}
+
+std::string _path(const char* rel)
+{
+    return m_sim.root + "/" + rel;
+}
+
+bool _writeFile(const std::string& path, const std::string& text)
+{
+    const std::string tmp = path + ".new";
+    FILE* f = fopen(tmp.c_str(), "w");
+    if (!f) return false;
+    bool ok = fputs(text.c_str(), f) >= 0;
+    ok = fclose(f) == 0 && ok;
+    return ok && rename(tmp.c_str(), path.c_str()) == 0;
+}
+
+// ---- The USB stick's system scripts ------------------------------------------------
+
+// Inserted: the stick's files (kept in ROOT/.stick between insertions) are mounted as
+// media/disk_sda1, then usbinfo.txt names the folder.
+std::string _usbInsert(void)
+{
+    if (m_sim.stick != STICK_NONE) return "a stick is in already";
+    const std::string mount = _path("media/") + STICK_FOLDER;
+    if (rename(_path(".stick").c_str(), mount.c_str()) != 0 && mkdir(mount.c_str(), 0755) != 0) {
+        return "cannot mount the stick at " + mount + ": " + strerror(errno);
+    }
+    if (!_writeFile(_path("media/usbinfo.txt"), STICK_FOLDER)) return "cannot write media/usbinfo.txt";
+    m_sim.stick = STICK_INSERTED;
+    return "";
+}
+
+// Unmounted: the dash is told through app_command and SIGUSR1.
+std::string _usbEject(void)
+{
+    if (m_sim.stick != STICK_INSERTED) return "no stick to eject";
+    if (!_writeFile(_path("app/event/app_command"), "USBSTICK_EJECTREADY")) return "cannot write app/event/app_command";
+    if (m_sim.dash > 0) kill(m_sim.dash, SIGUSR1);
+    m_sim.stick = STICK_EJECTED;
+    return "";
+}
+
+std::string _usbPull(void)
+{
+    if (m_sim.stick == STICK_NONE) return "no stick to pull";
+    remove(_path("media/usbinfo.txt").c_str());
+    rename((_path("media/") + STICK_FOLDER).c_str(), _path(".stick").c_str());
+    m_sim.stick = STICK_NONE;
+    return "";
+}
+
+// The scripts answer the dash's eject request.
+void _watchScriptCommand(void)
+{
+    const std::string path = _path("app/event/script_command");
+    FILE* f = fopen(path.c_str(), "r");
+    if (!f) return;
+    char text[64] = {};
+    const size_t n = fread(text, 1, sizeof(text) - 1, f);
+    fclose(f);
+    remove(path.c_str());
+    if (n >= 14 && !strncmp(text, "USBSTICK_EJECT", 14)) {
+        std::lock_guard<std::mutex> guard(m_sim.lock);
+        printf("motordash-sim: the dash asks to eject the stick\n");
+        _usbEject();
+    }
+}
+
+// ---- The engine controller ------------------------------------------------------------
+
+struct ECU_LINK_T {
+    int ports[2];
+};
+
+void _ecuSend(int port, const struct can_frame* frame, void* ctx)
+{
+    const ECU_LINK_T* link = static_cast<const ECU_LINK_T*>(ctx);
+    if (port >= 0 && port < 2 && link->ports[port] >= 0) {
+        send(link->ports[port], frame, sizeof(*frame), MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
+}
+
+void _ecuThread(void)
+{
+    ECU_LINK_T link = {{-1, -1}};
+    std::string error;
+    for (int port = 0; port < 2; port++) {
+        link.ports[port] = can_bus_connect(m_sim.root, port ? "can1" : "can0", &error);
+        if (link.ports[port] < 0) fprintf(stderr, "motordash-sim run: %s\n", error.c_str());
+    }
+    while (!m_sim.stop.load()) {
+        {
+            std::lock_guard<std::mutex> guard(m_sim.lock);
+            ecu_model_step(&m_sim.ecu, _monotonicMs(), _ecuSend, &link);
+        }
+        // What the dash sends back.
+        struct pollfd p = {link.ports[0], POLLIN, 0};
+        if (link.ports[0] < 0 || poll(&p, 1, ECU_STEP_MS) <= 0) {
+            if (link.ports[0] < 0) usleep(ECU_STEP_MS * 1000);
+            continue;
+        }
+        struct can_frame frame;
+        while (recv(link.ports[0], &frame, sizeof(frame), MSG_DONTWAIT) == (ssize_t)sizeof(frame)) {
+            std::lock_guard<std::mutex> guard(m_sim.lock);
+            m_sim.frames.push_back(can_format_log_line(_realtime(), "can0", frame));
+            if (m_sim.frames.size() > FRAME_LOG_LINES) m_sim.frames.pop_front();
+            ecu_model_receive(&m_sim.ecu, 0, &frame);  // the car follows the dash's switches
+            if (frame.can_id == 0x131) {
+                const std::string settings = ecu_model_describe_settings(frame);
+                if (settings != m_sim.settings) {
+                    m_sim.settings = settings;
+                    printf("ECU: frame 0x131 %s: %s\n", can_format_frame(frame).c_str(), settings.c_str());
+                }
+            }
+        }
+    }
+    for (int fd : link.ports) {
+        if (fd >= 0) close(fd);
+    }
+}
+
+// ---- The HTTP API -----------------------------------------------------------------------
+
+std::string _json(const std::string& text)
+{
+    std::string out = "\"";
+    for (char c : text) {
+        if (c == '"' || c == '\\') out += '\\';
+        if ((unsigned char)c < 0x20) continue;
+        out += c;
+    }
+    return out + "\"";
+}
+
+std::string _state(void)
+{
+    std::lock_guard<std::mutex> guard(m_sim.lock);
+    std::string keys;
+    for (bool k : m_sim.keys) keys += std::string(keys.empty() ? "" : ",") + (k ? "1" : "0");
+    std::string scenarios;
+    size_t count = 0;
+    const char* const* names = ecu_model_scenarios(&count);
+    for (size_t i = 0; i < count; i++) scenarios += std::string(i ? "," : "") + _json(names[i]);
+    return "{\"product\":" + _json(m_sim.product) + ",\"root\":" + _json(m_sim.root) +
+           ",\"dash\":" + (m_sim.dash > 0 ? "\"running\"" : "\"off\"") + ",\"powerCycles\":" +
+           std::to_string(m_sim.powerCycles) + ",\"stick\":" + _json(m_stickNames[m_sim.stick]) + ",\"keys\":[" + keys +
+           "],\"settings\":" + _json(m_sim.settings) + ",\"scenarios\":[" + scenarios +
+           "],\"ecu\":" + ecu_model_status_json(&m_sim.ecu) + "}";
+}
+
+// "" for done, else why not.
+std::string _post(const std::string& path)
+{
+    int key = 0;
+    char action[16] = {};
+    if (sscanf(path.c_str(), "/api/key/%d/%15s", &key, action) == 2) {
+        const bool press = !strcmp(action, "press");
+        if (!press && strcmp(action, "release") != 0) return "press or release";
+        const std::string error = sim_key_set(m_sim.root, key, press);
+        if (error.empty()) m_sim.keys[key - 1] = press;
+        return error;
+    }
+    if (path == "/api/usb/insert") return _usbInsert();
+    if (path == "/api/usb/eject") return _usbEject();
+    if (path == "/api/usb/pull") return _usbPull();
+    if (path == "/api/power/cycle") return _powerCycle();
+    if (path == "/api/drive/pause") return ecu_model_pause(&m_sim.ecu, true), "";
+    if (path == "/api/drive/resume") return ecu_model_pause(&m_sim.ecu, false), "";
+    if (path.rfind("/api/drive/scenario/", 0) == 0) {
+        return ecu_model_set_scenario(&m_sim.ecu, path.c_str() + 20) ? "" : "unknown scenario";
+    }
+    if (path.rfind("/api/product/", 0) == 0) {
+        const std::string product = path.substr(13);
+        if (product != "310" && product != "720") return "product 310 or 720";
+        _end(m_sim.dash, 3000);
+        m_sim.dash = -1;
+        std::string error;
+        if (!sim_make_root(m_sim.root, product.c_str(), &error)) return error;
+        m_sim.product = product;
+        _startDash();
+        return "";
+    }
+    return "?";
+}
+
+void _handle(const HTTP_REQUEST_T& request, HTTP_RESPONSE_T* response, void*)
+{
+    if (request.method == "GET" && (request.path == "/" || request.path == "/index.html")) {
+        response->contentType = "text/html; charset=utf-8";
+        response->body = SIM_PAGE_HTML;
+    } else if (request.method == "GET" && (request.path == "/api/screen.png" || request.path == "/api/screen.raw")) {
+        SIM_SCREEN_T screen;
+        const std::string error = sim_screen_read(m_sim.root, &screen);
+        if (!error.empty()) {
+            response->status = 503;
+            response->body = error + "\n";
+        } else if (request.path == "/api/screen.raw") {
+            // RGB565 little-endian, for the page's own drawing.
+            response->contentType = "application/octet-stream";
+            response->headers = {{"X-Width", std::to_string(screen.width)}, {"X-Height", std::to_string(screen.height)}};
+            response->body.assign(reinterpret_cast<const char*>(screen.pixels.data()), screen.pixels.size() * 2);
+        } else {
+            std::vector<uint8_t> png;
+            png_encode_rgb565(&png, screen.pixels.data(), screen.width, screen.height, screen.width, true);
+            response->contentType = "image/png";
+            response->body.assign(png.begin(), png.end());
+        }
+    } else if (request.method == "GET" && request.path == "/api/frames") {
+        std::lock_guard<std::mutex> guard(m_sim.lock);
+        for (const std::string& line : m_sim.frames) response->body += line + "\n";
+    } else if (request.method == "GET" && request.path == "/api/state") {
+        response->contentType = "application/json";
+        response->body = _state();
+    } else if (request.method == "POST" && request.path.rfind("/api/", 0) == 0) {
+        std::string error;
+        {
+            std::lock_guard<std::mutex> guard(m_sim.lock);
+            error = _post(request.path);
+        }
+        if (error == "?") {
+            response->status = 404;
+            response->body = "unknown: " + request.path + "\n";
+        } else if (!error.empty()) {
+            response->status = 409;
+            response->body = error + "\n";
+        } else {
+            response->contentType = "application/json";
+            response->body = _state();
+        }
+    } else {
+        response->status = request.method == "GET" || request.method == "POST" ? 404 : 405;
+        response->body = "not here: " + request.path + "\n";
+    }
+}
+
+bool _busUp(void)
+{
+    std::string error;
+    for (int i = 0; i < 300; i++) {
+        const int fd = can_bus_connect(m_sim.root, "can0", &error);
+        if (fd >= 0) {
+            close(fd);
+            return true;
+        }
+        usleep(10000);
+    }
+    return false;
+}
+
+}  // namespace
+
+int sim_run(int argc, char** argv)
+{
+    std::string root = "build/root";
+    const char* product = nullptr;
+    long port = 8080;
+    for (int i = 0; i < argc; i++) {
+        const bool hasValue = i + 1 < argc;
+        if (!strcmp(argv[i], "--root") && hasValue) {
+            root = argv[++i];
+        } else if (!strcmp(argv[i], "--port") && hasValue) {
+            port = strtol(argv[++i], nullptr, 10);
+        } else if (!strcmp(argv[i], "--product") && hasValue) {
+            product = argv[++i];
+        } else {
+            fprintf(stderr, "usage: motordash-sim run [--root ROOT] [--port N] [--product 310|720]\n");
+            return 2;
+        }
+    }
+    if (port < 1 || port > 65535 || (product && strcmp(product, "310") != 0 && strcmp(product, "720") != 0)) {
+        fprintf(stderr, "motordash-sim run: a port from 1 to 65535, a product 310 or 720\n");
+        return 2;
+    }
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+
+    // The port first: a busy one is refused before anything starts.
+    std::string error;
+    const int listener = http_listen((uint16_t)port, &error);
+    if (listener < 0) {
+        fprintf(stderr, "motordash-sim run: %s\n", error.c_str());
+        return 1;
+    }
+
+    struct stat st;
+    const bool existed = stat(root.c_str(), &st) == 0;
+    if (!existed || product) {
+        if (!sim_make_root(root, product ? product : "310", &error)) {
+            fprintf(stderr, "motordash-sim run: %s\n", error.c_str());
+            return 1;
+        }
+    }
+    char real[4096];
+    m_sim.root = realpath(root.c_str(), real) ? real : root;
+    m_sim.bin = _binDir();
+    {
+        FILE* f = fopen((m_sim.root + "/sys/uid/otp/id.bin").c_str(), "rb");
+        unsigned char record[16] = {};
+        if (f) {
+            if (fread(record, 1, sizeof(record), f) != sizeof(record)) record[5] = 0;
+            fclose(f);
+        }
+        m_sim.product = product ? product : (record[5] == 1 ? "720" : "310");
+    }
+    m_sim.stick = stat(_path("media/disk_sda1").c_str(), &st) == 0 ? STICK_INSERTED : STICK_NONE;
+    ecu_model_init(&m_sim.ecu, (uint32_t)time(nullptr));
+
+    // Signals for this thread only: the helpers' threads must not take them.
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGTERM);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+
+    m_sim.bus = _spawn({m_sim.bin + "/motordash-can", "bus", m_sim.root}, "");
+    if (!_busUp()) {
+        fprintf(stderr, "motordash-sim run: the CAN bus did not start\n");
+        _end(m_sim.bus, 1000);
+        return 1;
+    }
+    std::thread ecu(_ecuThread);
+    _startDash();
+    std::thread http(http_serve, listener, _handle, nullptr, &m_sim.stop);
+    printf("motordash-sim: the dash (Zelvo%s) runs in %s\n", m_sim.product.c_str(), m_sim.root.c_str());
+    printf("motordash-sim: open http://127.0.0.1:%ld/ to see its screen and press its keys; Ctrl-C ends it\n", port);
+
+    const struct timespec tick = {0, 50 * 1000000};
+    while (!m_sim.stop.load()) {
+        if (sigtimedwait(&set, nullptr, &tick) > 0) break;
+        _watchScriptCommand();
+        std::lock_guard<std::mutex> guard(m_sim.lock);
+        int status = 0;
+        if (m_sim.dash > 0 && waitpid(m_sim.dash, &status, WNOHANG) == m_sim.dash) {
+            printf("motordash-sim: the dash ended (%s %d); power cycle to start it again\n",
+                   WIFEXITED(status) ? "exit code" : "signal", WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status));
+            m_sim.dash = -1;
+        }
+    }
+    m_sim.stop.store(true);
+    printf("motordash-sim: ending\n");
+    {
+        std::lock_guard<std::mutex> guard(m_sim.lock);
+        _end(m_sim.dash, 3000);
+        m_sim.dash = -1;
+    }
+    http.join();
+    ecu.join();
+    _end(m_sim.bus, 2000);
+    close(listener);
+    return 0;
+}
