@@ -36,14 +36,17 @@ static FTC_CMapCache m_FTCCMapCache;
 static FTC_SBitCache m_FTCSBitCache;
 static BOOL m_Initialised;
 
-static FONT_INDEX_T m_textFontIndex = FONT_INDEX_TTARIAL;
-static U32 m_textSize = 10;
-static FTF_HORIZONTAL_ALIGNMENT_T m_textAlign = HORIZONTAL_ALIGNMENT_LEFT;
-static U32 m_textSpacing = 0;
-static FONT_INDEX_T m_numFontIndex = FONT_INDEX_TTCOURIERBDNUM;
-static U32 m_numSize = 10;
-static FTF_HORIZONTAL_ALIGNMENT_T m_numAlign = HORIZONTAL_ALIGNMENT_LEFT;
-static U32 m_numSpacing = 3;
+// The current text and number fonts.
+struct FONT_CHOICE_T {
+    FONT_INDEX_T font;
+    U32 size;
+    FTF_HORIZONTAL_ALIGNMENT_T align;
+    U32 spacing;
+};
+static constexpr FONT_CHOICE_T TEXT_FONT_DEFAULT = {FONT_INDEX_TTARIAL, 10, HORIZONTAL_ALIGNMENT_LEFT, 0};
+static constexpr FONT_CHOICE_T NUM_FONT_DEFAULT = {FONT_INDEX_TTCOURIERBDNUM, 10, HORIZONTAL_ALIGNMENT_LEFT, 3};
+static FONT_CHOICE_T m_textFont = TEXT_FONT_DEFAULT;
+static FONT_CHOICE_T m_numFont = NUM_FONT_DEFAULT;
 
 // The face id of the caches is the index into the font table.
 static FT_Error FTCFaceRequester(FTC_FaceID face_id, FT_Library library, FT_Pointer request_data, FT_Face* aface)
@@ -88,14 +91,8 @@ void _FTFDone(void)
     _FTFRelease();
     m_paFontData = nullptr;
     m_NumFonts = 0;
-    m_textFontIndex = FONT_INDEX_TTARIAL;
-    m_textSize = 10;
-    m_textAlign = HORIZONTAL_ALIGNMENT_LEFT;
-    m_textSpacing = 0;
-    m_numFontIndex = FONT_INDEX_TTCOURIERBDNUM;
-    m_numSize = 10;
-    m_numAlign = HORIZONTAL_ALIGNMENT_LEFT;
-    m_numSpacing = 3;
+    m_textFont = TEXT_FONT_DEFAULT;
+    m_numFont = NUM_FONT_DEFAULT;
 }
 
 U32 _FTFDecodeUtf8(const char* p, U32* codePoint)
@@ -310,19 +307,13 @@ U32 FTFBlitTextBoxExEle(U32 elementId, const FTF_TEXTBOX_T* pTextBox, const char
 void TextSetFont(FONT_INDEX_T font, U32 size, FTF_HORIZONTAL_ALIGNMENT_T align, U32 spacing)
 {
     DASH_ASSERT((U32)font < (U32)FONT_INDEX_END, "vSetTextFontIndex: Invalid Font Index!");
-    m_textFontIndex = font;
-    m_textSize = size;
-    m_textAlign = align;
-    m_textSpacing = spacing;
+    m_textFont = {font, size, align, spacing};
 }
 
 void NumSetFont(FONT_INDEX_T font, U32 size, FTF_HORIZONTAL_ALIGNMENT_T align, U32 spacing)
 {
     DASH_ASSERT((U32)font < (U32)FONT_INDEX_END, "vSetNumFontIndex: Invalid Font Index!");
-    m_numFontIndex = font;
-    m_numSize = size;
-    m_numAlign = align;
-    m_numSpacing = spacing;
+    m_numFont = {font, size, align, spacing};
 }
 
 // The box of a text anchored at (x, y), which is clamped to the virtual screen first.
@@ -387,14 +378,14 @@ void outtextxyExEle(U32 elementId, S32 x, S32 y, const char* text, FONT_INDEX_T 
 
 void outtextxyftExEle(U32 elementId, S32 x, S32 y, const char* text, U16 colour, U32 opacity, LAYER_T layer)
 {
-    _FTFTextAt(elementId, x, y, text, m_textFontIndex, m_textSize, m_textAlign, VERTICAL_ALIGNMENT_TOP,
-               (S32)m_textSpacing, colour, opacity, layer, false);
+    _FTFTextAt(elementId, x, y, text, m_textFont.font, m_textFont.size, m_textFont.align, VERTICAL_ALIGNMENT_TOP,
+               (S32)m_textFont.spacing, colour, opacity, layer, false);
 }
 
 void outnumxyftExEle(U32 elementId, S32 x, S32 y, const char* text, U16 colour, U32 opacity, LAYER_T layer)
 {
-    _FTFTextAt(elementId, x, y, text, m_numFontIndex, m_numSize, m_numAlign, VERTICAL_ALIGNMENT_TOP,
-               (S32)m_numSpacing, colour, opacity, layer, true);
+    _FTFTextAt(elementId, x, y, text, m_numFont.font, m_numFont.size, m_numFont.align, VERTICAL_ALIGNMENT_TOP,
+               (S32)m_numFont.spacing, colour, opacity, layer, true);
 }
 
 void DrawTextBoxExEle(U32 elementId, S32 left, S32 top, S32 width, S32 height, THICKNESS_T border_thickness,
@@ -410,7 +401,7 @@ void DrawTextBoxExEle(U32 elementId, S32 left, S32 top, S32 width, S32 height, T
     box.FontHeight = font_size;
     box.Layer = layer;
     box.TextColour = font_colour;
-    box.TextHorizontalAlignment = m_textAlign;
+    box.TextHorizontalAlignment = m_textFont.align;
     box.TextVerticalAlignment = VERTICAL_ALIGNMENT_TOP;
     box.CharSpacingAdjust = 0;
     blockclearExEle(elementId, box.Rect.Left, box.Rect.Top, box.Rect.Right, box.Rect.Bottom, ALPHA_COLOR, layer);

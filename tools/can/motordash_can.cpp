@@ -14,22 +14,14 @@
 #include "can_bus.h"
 #include "can_dbc.h"
 #include "can_log.h"
+#include "tool_clock.h"
 #include "tool_commands.h"
 
 namespace {
 
-double _realtime(void)
-{
-    struct timespec ts;
-    clock_gettime(CLOCK_REALTIME, &ts);
-    return (double)ts.tv_sec + ts.tv_nsec / 1e9;
-}
-
 double _monotonic(void)
 {
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return (double)ts.tv_sec + ts.tv_nsec / 1e9;
+    return tool_monotonic_ms() / 1000.0;
 }
 
 int _bus(int argc, char** argv)
@@ -83,7 +75,7 @@ int _dump(int argc, char** argv)
             return 1;
         }
         if (got != (ssize_t)sizeof(frame)) continue;
-        printf("%s\n", can_format_log_line(_realtime(), argv[1], frame).c_str());
+        printf("%s\n", can_format_log_line(tool_realtime_s(), argv[1], frame).c_str());
         if (count > 0) count--;
     }
     close(fd);

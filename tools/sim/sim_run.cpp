@@ -30,6 +30,7 @@
 #include "sim_commands.h"
 #include "sim_page.h"
 #include "sim_screen.h"
+#include "tool_clock.h"
 
 namespace {
 
@@ -57,20 +58,6 @@ struct SIM_T {
 };
 
 SIM_T m_sim;
-
-double _realtime(void)
-{
-    struct timespec ts;
-    clock_gettime(CLOCK_REALTIME, &ts);
-    return (double)ts.tv_sec + ts.tv_nsec / 1e9;
-}
-
-uint64_t _monotonicMs(void)
-{
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
-}
 
 std::string _binDir(void)
 {
@@ -219,7 +206,7 @@ void _ecuThread(void)
     while (!m_sim.stop.load()) {
         {
             std::lock_guard<std::mutex> guard(m_sim.lock);
-            ecu_model_step(&m_sim.ecu, _monotonicMs(), _ecuSend, &link);
+            ecu_model_step(&m_sim.ecu, tool_monotonic_ms(), _ecuSend, &link);
         }
         // What the dash sends back.
         struct pollfd p = {link.ports[0], POLLIN, 0};
@@ -230,7 +217,7 @@ void _ecuThread(void)
         struct can_frame frame;
         while (recv(link.ports[0], &frame, sizeof(frame), MSG_DONTWAIT) == (ssize_t)sizeof(frame)) {
             std::lock_guard<std::mutex> guard(m_sim.lock);
-            m_sim.frames.push_back(can_format_log_line(_realtime(), "can0", frame));
+            m_sim.frames.push_back(can_format_log_line(tool_realtime_s(), "can0", frame));
             if (m_sim.frames.size() > FRAME_LOG_LINES) m_sim.frames.pop_front();
             ecu_model_receive(&m_sim.ecu, 0, &frame);  // the car follows the dash's switches
             if (frame.can_id == 0x131) {
