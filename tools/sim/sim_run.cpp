@@ -74,6 +74,9 @@ pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
 {
     const pid_t pid = fork();
     if (pid != 0) return pid;
+    // A group of its own: Ctrl-C reaches only the simulator, which then ends the dash
+    // through its shutdown rather than the terminal killing it mid-write.
+    setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     sigset_t none;
     sigemptyset(&none);
