@@ -96,6 +96,16 @@ inline S32 gfx_add(S32 a, S64 b)
     return sum > INT32_MAX ? INT32_MAX : sum < INT32_MIN ? INT32_MIN : (S32)sum;
 }
 
+// Puts a and b in ascending order.
+inline void gfx_sort(S32& a, S32& b)
+{
+    if (b < a) {
+        const S32 t = a;
+        a = b;
+        b = t;
+    }
+}
+
 // The value clamped into lo .. hi (lo wins when hi < lo).
 inline S32 gfx_clamp(S32 v, S32 lo, S32 hi)
 {

@@ -6,11 +6,7 @@
 void hlineExEle(U32 elementId, S32 x1, S32 y, S32 x2, S32 thickness, S32 style, U16 rgbColour, U32 opacity,
                 LAYER_T layer)
 {
-    if (x2 < x1) {
-        const S32 t = x1;
-        x1 = x2;
-        x2 = t;
-    }
+    gfx_sort(x1, x2);
     const S32 reach = gfx_stroke_reach(thickness);
     x1 = gfx_clamp(x1, 0, gfx_max_x());
     x2 = gfx_clamp(x2, 0, gfx_max_x());
@@ -33,11 +29,7 @@ void draw_line_horizontalEle(U32 elementId, S32 x1, S32 x2, S32 y, U16 colour, L
     x1 = gfx_clamp(x1, 0, gfx_max_x());
     x2 = gfx_clamp(x2, 0, gfx_max_x());
     y = gfx_clamp(y, 0, gfx_max_y());
-    if (x2 < x1) {
-        const S32 t = x1;
-        x1 = x2;
-        x2 = t;
-    }
+    gfx_sort(x1, x2);
     DirtyRectAdd(x1, y, x2, y + 1);
     ElementUpdate(elementId, x1, y, x2, y + 1);
     lcd_fill_pixels(GET_LAYER_BUFFER(layer) + (U32)y * gScreenWidth + (U32)x1, (U32)(x2 - x1 + 1), colour);

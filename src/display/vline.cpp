@@ -6,11 +6,7 @@
 void vlineExEle(U32 elementId, S32 x, S32 y1, S32 y2, S32 thickness, S32 style, U16 rgbColour, U32 opacity,
                 LAYER_T layer)
 {
-    if (y2 < y1) {
-        const S32 t = y1;
-        y1 = y2;
-        y2 = t;
-    }
+    gfx_sort(y1, y2);
     const S32 reach = gfx_stroke_reach(thickness);
     x = gfx_clamp(x, reach, gfx_max_x() - reach);
     y1 = gfx_clamp(y1, 0, gfx_max_y());
@@ -34,11 +30,7 @@ void draw_line_verticalEle(U32 elementId, S32 y1, S32 y2, S32 x, U16 colour, LAY
     x = gfx_clamp(x, 0, gfx_max_x());
     y1 = gfx_clamp(y1, 0, gfx_max_y());
     y2 = gfx_clamp(y2, 0, gfx_max_y());
-    if (y2 < y1) {
-        const S32 t = y1;
-        y1 = y2;
-        y2 = t;
-    }
+    gfx_sort(y1, y2);
     DirtyRectAdd(x, y1, x + 1, y2);
     ElementUpdate(elementId, x, y1, x + 1, y2);
     U16* p = GET_LAYER_BUFFER(layer) + (U32)y1 * gScreenWidth + (U32)x;

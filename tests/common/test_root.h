@@ -7,6 +7,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// The whole content of a file; empty when it cannot be read.
+inline std::string ReadWholeFile(const std::string& path)
+{
+    std::string data;
+    FILE* f = fopen(path.c_str(), "rb");
+    if (!f) return data;
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof(buf), f)) > 0) data.append(buf, n);
+    fclose(f);
+    return data;
+}
+
 class TestRoot {
 public:
     TestRoot()
@@ -38,17 +51,7 @@ public:
         rename(tmp.c_str(), p.c_str());  // never run a script while it is half written
     }
 
-    std::string Read(const std::string& rel) const
-    {
-        std::string data;
-        FILE* f = fopen(Abs(rel).c_str(), "rb");
-        if (!f) return data;
-        char buf[4096];
-        size_t n;
-        while ((n = fread(buf, 1, sizeof(buf), f)) > 0) data.append(buf, n);
-        fclose(f);
-        return data;
-    }
+    std::string Read(const std::string& rel) const { return ReadWholeFile(Abs(rel)); }
 
 private:
     std::string path_;

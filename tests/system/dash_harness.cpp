@@ -1,4 +1,5 @@
 #include "dash_harness.h"
+#include "test_root.h"
 
 #include <cerrno>
 #include <csignal>
@@ -26,18 +27,6 @@ int64_t NowMs()
     struct timespec ts;
     clock_gettime(CLOCK_MONOTONIC, &ts);
     return (int64_t)ts.tv_sec * 1000 + ts.tv_nsec / 1000000;
-}
-
-static std::string _readFile(const std::string& path)
-{
-    std::string data;
-    FILE* f = fopen(path.c_str(), "rb");
-    if (!f) return data;
-    char buf[8192];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof(buf), f)) > 0) data.append(buf, n);
-    fclose(f);
-    return data;
 }
 
 static void _removeTree(const std::string& path)
@@ -82,7 +71,7 @@ void DeviceRoot::Write(const std::string& rel, const std::string& content, int m
 
 std::string DeviceRoot::Read(const std::string& rel) const
 {
-    return _readFile(Abs(rel));
+    return ReadWholeFile(Abs(rel));
 }
 
 bool DeviceRoot::Exists(const std::string& rel) const
@@ -174,12 +163,12 @@ bool Process::WaitForOutput(const std::string& text, int timeoutMs) const
 
 std::string Process::Stdout() const
 {
-    return _readFile(outPath_);
+    return ReadWholeFile(outPath_);
 }
 
 std::string Process::Stderr() const
 {
-    return _readFile(errPath_);
+    return ReadWholeFile(errPath_);
 }
 
 int RunProgram(const std::string& binary, const std::vector<std::string>& args, std::string* out, std::string* err,
