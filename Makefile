@@ -4,7 +4,7 @@ JOBS ?= 2
 MAKEFLAGS += --no-print-directory
 ROOT ?= build/root
 
-.PHONY: all deps sim device asan tsan run test bench clean
+.PHONY: all deps sim device asan tsan run test bench pictures clean
 
 all: sim
 
@@ -26,6 +26,12 @@ test: sim asan tsan
 	ctest --preset sim
 	ctest --preset asan
 	ctest --preset tsan
+
+# Rewrites the stored reference pictures (tests/pictures) from what the code draws now.
+# Look at every changed picture before committing it.
+pictures: sim
+	MOTORDASH_UPDATE_PICTURES=1 ctest --preset sim
+	@git status --short tests/pictures
 
 bench: sim
 	build/sim/bin/motordash-bench

@@ -10,7 +10,7 @@
 #include "lcd_buffer.h"
 #include "layer_merger.h"
 #include "outimage.h"
-#include "rectangl.h"
+#include "b_fill.h"
 
 namespace {
 
@@ -18,9 +18,9 @@ void _setup(U32 w, U32 h)
 {
     gScreenWidth = w;
     gScreenHeight = h;
-    _DirtyRectReset();
-    _ElementReset();
-    _LayerMergerReset();
+    DirtyRectTestReset();
+    ElementTestReset();
+    LayerMergerTestReset();
     // A front layer with transparent and opaque words mixed, as on a real page.
     for (U32 i = 0; i < w * h; i++) {
         Layer1Buffer[i] = (U16)(i * 7);
@@ -48,7 +48,7 @@ void BM_ComposeFullPage(benchmark::State& state)
     std::vector<U16> page(w * h);
     for (auto _ : state) {
         DirtyRectAdd(0, 0, (S32)w - 1, (S32)h - 1);
-        _merge_layers_compose(page.data());
+        LayerMergerTestCompose(page.data());
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed((int64_t)state.iterations() * w * h * 2);
@@ -62,7 +62,7 @@ void BM_ComposeFullPageFlipped(benchmark::State& state)
     std::vector<U16> page(320 * 240);
     for (auto _ : state) {
         DirtyRectAdd(0, 0, 319, 239);
-        _merge_layers_compose(page.data());
+        LayerMergerTestCompose(page.data());
         benchmark::ClobberMemory();
     }
     vSetLcdFlipped(FALSE);
@@ -73,8 +73,8 @@ void BM_ComposeIdleFrame(benchmark::State& state)
 {
     _setup(320, 240);
     std::vector<U16> page(320 * 240);
-    for (int i = 0; i < 3; i++) _merge_layers_compose(page.data());
-    for (auto _ : state) _merge_layers_compose(page.data());
+    for (int i = 0; i < 3; i++) LayerMergerTestCompose(page.data());
+    for (auto _ : state) LayerMergerTestCompose(page.data());
 }
 BENCHMARK(BM_ComposeIdleFrame);
 

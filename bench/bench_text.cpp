@@ -16,8 +16,8 @@ void _setup(void)
 {
     gScreenWidth = 320;
     gScreenHeight = 240;
-    _DirtyRectReset();
-    _ElementReset();
+    DirtyRectTestReset();
+    ElementTestReset();
     FTFInit(gpaFreetypeFontData, 6);
 }
 
@@ -46,7 +46,7 @@ void _numberRedraw(benchmark::State& state, U32 size)
         DirtyRectFlip();  // one list a frame, as the compositor frees them
     }
     state.SetItemsProcessed(state.iterations());
-    _FTFDone();
+    FTFTestDone();
 }
 
 void BM_TextNumber24(benchmark::State& state)
@@ -77,7 +77,7 @@ void BM_TextFirstDrawOfANewSize(benchmark::State& state)
         benchmark::DoNotOptimize(FTFBlitTextBox(&box, "12345"));
     }
     state.SetItemsProcessed(state.iterations());
-    _FTFDone();
+    FTFTestDone();
 }
 BENCHMARK(BM_TextFirstDrawOfANewSize)->Arg(24)->Arg(110);
 

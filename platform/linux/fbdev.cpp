@@ -14,9 +14,7 @@
 
 int fbdev_open(U32, U32)
 {
-    char path[ROOT_PATH_MAX];
-    if (!root_path(path, sizeof(path), "/dev/fb0")) return -1;
-    return open(path, O_RDWR | O_CLOEXEC);
+    return root_open("/dev/fb0", O_RDWR);
 }
 
 void fbdev_close(int fd)

@@ -13,14 +13,10 @@
 
 int fbdev_open(U32 width, U32 height)
 {
+    int fd = root_open("/dev/fb0", O_RDWR);
     char path[ROOT_PATH_MAX];
-    if (!root_path(path, sizeof(path), "/dev/fb0")) {
-        errno = ENAMETOOLONG;
-        return -1;
-    }
-    int fd = open(path, O_RDWR | O_CLOEXEC);
-    if (fd < 0 && errno == ENOENT && simfb_create(path, width, height)) {
-        fd = open(path, O_RDWR | O_CLOEXEC);
+    if (fd < 0 && errno == ENOENT && root_path(path, sizeof(path), "/dev/fb0") && simfb_create(path, width, height)) {
+        fd = root_open("/dev/fb0", O_RDWR);
     }
     return fd;
 }

@@ -9,8 +9,7 @@
 int osinfo_release(char* buf, size_t size)
 {
     if (!buf || size == 0) return 0;
-    char path[ROOT_PATH_MAX];
-    FILE* f = root_path(path, sizeof(path), "/proc/sys/kernel/osrelease") ? fopen(path, "re") : nullptr;
+    FILE* f = root_fopen_regular("/proc/sys/kernel/osrelease", "r");
     if (!f) return 0;
     int ok = fgets(buf, (int)size, f) != nullptr;
     fclose(f);

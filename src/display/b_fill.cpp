@@ -1,7 +1,7 @@
 #include "dirtyrect.h"
 #include "elements.h"
 #include "gfx_plot.h"
-#include "rectangl.h"
+#include "b_fill.h"
 
 // The rectangle of two corners in any order, and its copy clamped to the virtual screen.
 static GFX_RECT_T _sorted(S32 x1, S32 y1, S32 x2, S32 y2)

@@ -27,7 +27,7 @@ static void _init(void)
     m_isDirtyRectInitialised = TRUE;
 }
 
-void _DirtyRectReset(void)
+void DirtyRectTestReset(void)
 {
     m_isDirtyRectInitialised = FALSE;
     m_curDirtyRectListIndex = 0;
@@ -35,7 +35,7 @@ void _DirtyRectReset(void)
     _init();
 }
 
-U32 _DirtyRectFreeCount(void)
+U32 DirtyRectTestFreeCount(void)
 {
     _init();
     U32 n = 0;

@@ -25,7 +25,8 @@ void DirtyRectFlip(void);
 BOOL GfxRectDoesIntersect(const GFX_RECT_T* a, const GFX_RECT_T* b);
 void GfxRectUnion(GFX_RECT_T* dest, const GFX_RECT_T* src);
 
-// Records left in the free pool, for checks of the bookkeeping.
-U32 _DirtyRectFreeCount(void);
+// Test hooks: for tests and benchmarks only, never called by the dash.
+// Records left in the free pool.
+U32 DirtyRectTestFreeCount(void);
 // Back to the state at program load: all lists empty, index 0, enabled.
-void _DirtyRectReset(void);
+void DirtyRectTestReset(void);

@@ -41,7 +41,7 @@ void ElementResetAll(void)
     }
 }
 
-void _ElementReset(void)
+void ElementTestReset(void)
 {
     m_uniqueId = 10000;
     ElementResetAll();
@@ -119,7 +119,7 @@ BOOL ElementGetPrevRect(U32 id, GFX_RECT_T* out)
     return TRUE;
 }
 
-BOOL _ElementGetCurRect(U32 id, GFX_RECT_T* out)
+BOOL ElementTestGetCurRect(U32 id, GFX_RECT_T* out)
 {
     _init();
     const ELEMENT_T* e = id == ELEMENTID_INVALID ? nullptr : _find(id);

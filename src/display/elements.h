@@ -21,7 +21,8 @@ void ElementFillPrevRect(U32 id, U16 colour, LAYER_T layer);
 BOOL ElementGetPrevRect(U32 id, GFX_RECT_T* out);
 void ElementFlip(void);
 
+// Test hooks: for tests and benchmarks only, never called by the dash.
 // The frame-under-construction rectangle of an element; FALSE when unknown or unset.
-BOOL _ElementGetCurRect(U32 id, GFX_RECT_T* out);
+BOOL ElementTestGetCurRect(U32 id, GFX_RECT_T* out);
 // Back to the state at program load (ids start again at 10001).
-void _ElementReset(void);
+void ElementTestReset(void);

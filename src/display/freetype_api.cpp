@@ -12,6 +12,7 @@
 #include "elements.h"
 #include "lcd_buffer.h"
 #include "rectangl.h"
+#include "b_fill.h"
 
 namespace {
 
@@ -86,7 +87,7 @@ S32 FTFInit(const FTF_FONT_DATA_T* pFontTable, U32 numFonts)
     return 0;
 }
 
-void _FTFDone(void)
+void FTFTestDone(void)
 {
     _FTFRelease();
     m_paFontData = nullptr;
@@ -95,7 +96,7 @@ void _FTFDone(void)
     m_numFont = NUM_FONT_DEFAULT;
 }
 
-U32 _FTFDecodeUtf8(const char* p, U32* codePoint)
+U32 FTFTestDecodeUtf8(const char* p, U32* codePoint)
 {
     const U8* s = (const U8*)p;
     const U32 first = s[0];
@@ -204,7 +205,7 @@ U32 FTFBlitTextBoxExEle(U32 elementId, const FTF_TEXTBOX_T* pTextBox, const char
     const char* p = pText ? pText : "";
     while (count < FTF_MAX_GLYPHS) {
         U32 codePoint;
-        const U32 length = _FTFDecodeUtf8(p, &codePoint);
+        const U32 length = FTFTestDecodeUtf8(p, &codePoint);
         if (length == 0 || codePoint == 0) break;
         p += length;
         const FT_UInt index = FTC_CMapCache_Lookup(m_FTCCMapCache, scaler.face_id, 0, codePoint);

@@ -134,9 +134,10 @@ inline void DrawTextBoxEx(S32 left, S32 top, S32 width, S32 height, THICKNESS_T 
                      font_type, font_colour, text, opacity, layer);
 }
 
+// Test hooks: for tests and benchmarks only, never called by the dash.
 // Decodes one UTF-8 sequence at p into *codePoint; returns its length in bytes, or 0
 // when the sequence is invalid. The terminator decodes as code point 0, length 1.
-U32 _FTFDecodeUtf8(const char* p, U32* codePoint);
+U32 FTFTestDecodeUtf8(const char* p, U32* codePoint);
 // Back to the state at program load: caches and FreeType released, not initialised,
 // text and number fonts at their first values.
-void _FTFDone(void);
+void FTFTestDone(void);

@@ -1,7 +1,7 @@
 #include "dirtyrect.h"
 #include "elements.h"
 #include "gfx_plot.h"
-#include "line.h"
+#include "hline.h"
 
 void hlineExEle(U32 elementId, S32 x1, S32 y, S32 x2, S32 thickness, S32 style, U16 rgbColour, U32 opacity,
                 LAYER_T layer)

@@ -108,14 +108,14 @@ U32 GetButtonOverlayHeight(void)
     return m_buttonOverlayHeight;
 }
 
-void _LayerMergerReset(void)
+void LayerMergerTestReset(void)
 {
     m_isLcdFlipped = FALSE;
     m_buttonOverlayHeight = 0;
     m_prevButtonOverlayHeight = 0;
 }
 
-void _merge_layers_compose(U16* page)
+static void _compose(U16* page)
 {
     const U32 w = gScreenWidth, h = gScreenHeight, words = w / 2;
     if (!page) {
@@ -153,8 +153,13 @@ void _merge_layers_compose(U16* page)
     ElementFlip();
 }
 
+void LayerMergerTestCompose(U16* page)
+{
+    _compose(page);
+}
+
 void merge_layers(void)
 {
-    _merge_layers_compose(lcd_buffer());
+    _compose(lcd_buffer());
     lcd_swap();
 }

@@ -9,8 +9,9 @@ void vSetLcdFlipped(BOOL flipped);
 void SetButtonOverlayHeight(U32 rows);
 U32 GetButtonOverlayHeight(void);
 
+// Test hooks: for tests and benchmarks only, never called by the dash.
 // The work of merge_layers up to the swap, into any page of gScreenWidth x
 // gScreenHeight pixels (the tests and benchmarks compose into memory of their own).
-void _merge_layers_compose(U16* page);
+void LayerMergerTestCompose(U16* page);
 // Back to the state at program load.
-void _LayerMergerReset(void);
+void LayerMergerTestReset(void);

@@ -114,7 +114,10 @@ void lcd_deinit(void)
         memset(m_pBuffers[0], 0, (size_t)m_screenInfo.xres * m_screenInfo.yres * 2);
         fbdev_unmap(m_pFB, m_sizeFB);
         fbdev_close(m_handleFB);
+        // No page is left to draw into: a late compose or swap finds none and does nothing.
         m_pFB = nullptr;
+        for (U16*& page : m_pBuffers) page = nullptr;
+        m_curBufferIndex = 0;
         m_handleFB = -1;
     }
     pthread_mutex_unlock(&m_mutex);

@@ -4,8 +4,21 @@
 
 #include "gfx_types.h"
 
-// The head of every picture record; the pixels follow at byte 12. Each picture's
-// generated type declares its pixel array at its exact size.
+// The constant image record, as stored: nb_layer (0, or the image is not drawn), three
+// bytes of padding, width x, height y, then x * y RGB565 pixels row by row, top row
+// first; 0xFFFF is a transparent pixel. Each picture is one object of exactly its size;
+// code holds them as BITMAPA* or const void*.
+typedef const struct BITMAPA_T {
+    U8 nb_layer;
+    U8 pad[3];
+    U32 x;
+    U32 y;
+    U16 bitmap[];
+} BITMAPA;
+static_assert(offsetof(BITMAPA_T, x) == 4 && offsetof(BITMAPA_T, y) == 8);
+static_assert(offsetof(BITMAPA_T, bitmap) == 12);
+
+// The same record without its pixels.
 struct S_ImageHeader {
     U8 nb_layer;  // must be 0
     U8 pad[3];

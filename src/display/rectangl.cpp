@@ -1,9 +1,10 @@
+#include "hline.h"
+#include "vline.h"
 #include "rectangl.h"
 
 #include "dirtyrect.h"
 #include "elements.h"
 #include "gfx_plot.h"
-#include "line.h"
 
 void rectangleExEle(U32 elementId, S32 x1, S32 y1, S32 x2, S32 y2, S32 thickness, S32 style, U16 rgbColour,
                     U32 opacity, LAYER_T layer)

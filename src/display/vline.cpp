@@ -1,7 +1,7 @@
 #include "dirtyrect.h"
 #include "elements.h"
 #include "gfx_plot.h"
-#include "line.h"
+#include "vline.h"
 
 void vlineExEle(U32 elementId, S32 x, S32 y1, S32 y2, S32 thickness, S32 style, U16 rgbColour, U32 opacity,
                 LAYER_T layer)

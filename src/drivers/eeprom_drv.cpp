@@ -45,7 +45,7 @@ static void _formPath(char* path, const char* suffix)
 // Reads up to the image's size from the file; 1 when it gave all of it.
 static BOOL _loadFile(const char* path)
 {
-    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    const int fd = open_regular(path, O_RDONLY);
     if (fd < 0) return 0;
     size_t got = 0;
     while (got < EEPROM_SIZE) {
@@ -80,6 +80,9 @@ static BOOL _isWhole(const char* path)
 // is, and a second loss before this write ends would leave none.
 static void _saveSnapshot(void)
 {
+    // The file is ours: anything else under its name (a FIFO, a device node) goes.
+    struct stat st;
+    if (lstat(m_EEPROMFilename, &st) == 0 && !S_ISREG(st.st_mode) && !S_ISDIR(st.st_mode)) unlink(m_EEPROMFilename);
     const BOOL whole = _isWhole(m_EEPROMFilename);
     if (whole) {
         rename(m_EEPROMFilename, m_EEPROMFilenameOld);
@@ -88,7 +91,7 @@ static void _saveSnapshot(void)
     // A whole file the rename failed to move is overwritten in place. A short one is
     // emptied first, so that a cut during this write leaves it short again, never a
     // full-length mixture of two records.
-    const int fd = open(m_EEPROMFilename, O_WRONLY | O_CREAT | O_CLOEXEC | (whole ? 0 : O_TRUNC), 0755);
+    const int fd = open_regular(m_EEPROMFilename, O_WRONLY | O_CREAT | (whole ? 0 : O_TRUNC), 0755);
     if (fd < 0) return;  // this change stays in memory; the next one tries again
     if (write(fd, m_EEPROMDataCopy, EEPROM_SIZE) == EEPROM_SIZE) fsync(fd);
     close(fd);
@@ -181,7 +184,7 @@ void eeprom_write(U32 offset, const void* source, U32 length)
     pthread_mutex_unlock(&m_mutex);
 }
 
-void _eeprom_set_save_hook(EEPROM_SAVE_HOOK_T hook)
+void eeprom_test_set_save_hook(EEPROM_SAVE_HOOK_T hook)
 {
     m_saveHook.store(hook);
 }

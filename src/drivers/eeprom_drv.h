@@ -17,7 +17,8 @@ void eeprom_deinit(void);
 void eeprom_read(U32 offset, void* destination, U32 length);
 void eeprom_write(U32 offset, const void* source, U32 length);
 
-// For tests: called by the thread with each snapshot it is about to save, before any
+// Test hooks: for tests and benchmarks only, never called by the dash.
+// Called by the thread with each snapshot it is about to save, before any
 // file is touched, so that a test can hold a save in the middle. nullptr removes it.
 typedef void (*EEPROM_SAVE_HOOK_T)(const U8* image);
-void _eeprom_set_save_hook(EEPROM_SAVE_HOOK_T hook);
+void eeprom_test_set_save_hook(EEPROM_SAVE_HOOK_T hook);

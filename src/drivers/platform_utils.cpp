@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include "dash_root.h"
+#include "sysattr.h"
 
 BOOL file_exists(const char* path)
 {
@@ -18,12 +19,20 @@ BOOL file_exists(const char* path)
     return path && root_path(full, sizeof(full), path) && stat(full, &st) == 0;
 }
 
+// The full path of an attribute into `full`; false unless it is a plain file, as every
+// sysfs attribute is (libsysfs would block for ever reading a FIFO put in its place).
+static bool _isAttribute(const char* path, char* full)
+{
+    struct stat st;
+    return root_path(full, ROOT_PATH_MAX, path) && stat(full, &st) == 0 && S_ISREG(st.st_mode);
+}
+
 BOOL read_attribute(const char* path, char* dest, size_t length)
 {
     if (!path || !dest) return 0;
     if (length) dest[0] = '\0';
     char full[ROOT_PATH_MAX];
-    struct sysfs_attribute* attr = root_path(full, sizeof(full), path) ? sysfs_open_attribute(full) : nullptr;
+    struct sysfs_attribute* attr = _isAttribute(path, full) ? sysfs_open_attribute(full) : nullptr;
     if (!attr) {
         printf("Error opening attribute %s!\n", path);
         return 0;
@@ -44,18 +53,8 @@ BOOL write_attribute(const char* path, const char* text)
 {
     if (!path || !text) return 0;
     char full[ROOT_PATH_MAX];
-    struct sysfs_attribute* attr = root_path(full, sizeof(full), path) ? sysfs_open_attribute(full) : nullptr;
-    if (!attr) {
-        printf("Error opening attribute %s!\n", path);
-        return 0;
-    }
-    // An attribute takes a whole new value; a plain file standing in for one (the
-    // simulated device's) must not keep the tail of a longer old one.
-    if (truncate(full, 0) != 0) {
-        // sysfs attributes may refuse a truncation; the write below replaces the value.
-    }
-    const BOOL ok = sysfs_write_attribute(attr, text, strlen(text)) == 0;
-    if (!ok) printf("Error writing attribute %s with value %s!\n", path, text);
-    sysfs_close_attribute(attr);
-    return ok;
+    const int result = _isAttribute(path, full) ? sysattr_write(full, text, strlen(text)) : SYSATTR_NO_ATTRIBUTE;
+    if (result == SYSATTR_NO_ATTRIBUTE) printf("Error opening attribute %s!\n", path);
+    if (result == SYSATTR_WRITE_FAILED) printf("Error writing attribute %s with value %s!\n", path, text);
+    return result == SYSATTR_OK;
 }

@@ -32,9 +32,7 @@ void watchdog_init(void)
 {
     if (getenv("WATCHDOG_OFF")) return;
     _closeMagic();
-    char path[ROOT_PATH_MAX];
-    if (!root_path(path, sizeof(path), "/dev/watchdog")) return;
-    m_fileHandle = open(path, O_RDWR | O_CLOEXEC);
+    m_fileHandle = root_open("/dev/watchdog", O_RDWR);
     if (m_fileHandle < 0) return;
     int status = 0;
     if (ioctl(m_fileHandle, WDIOC_GETBOOTSTATUS, &status) == 0) m_bWatchdogCausedReset = status != 0;

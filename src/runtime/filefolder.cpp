@@ -147,7 +147,8 @@ FILE_T* FileOpen(FOLDERLOC_T location, const char* path, const char* mode)
 {
     char full[FILEFOLDER_PATH_SIZE];
     if (!mode || !_normalise(location, path, full, sizeof(full))) return nullptr;
-    return fopen(full, mode);
+    // Event files and anything on a stick: a FIFO or device node there must not block.
+    return fopen_regular(full, mode);
 }
 
 S32 FileClose(FILE_T* file)

@@ -54,7 +54,7 @@ static pid_t _gettid(void)
     return (pid_t)syscall(SYS_gettid);
 }
 
-int _ThreadNiceValue(U32 priority)
+int ThreadTestNiceValue(U32 priority)
 {
     return priority < 7 ? m_niceScale[priority] : m_niceScale[3];
 }
@@ -71,7 +71,7 @@ static void* _threadStart(void* arg)
     StackTraceInstall();
     rec->tid.store((U32)_gettid());
     if (rec->magic == THREAD_MAGIC) {
-        setpriority(PRIO_PROCESS, (id_t)rec->tid.load(), _ThreadNiceValue(rec->priority));
+        setpriority(PRIO_PROCESS, (id_t)rec->tid.load(), ThreadTestNiceValue(rec->priority));
     }
     THREAD_HANDLE_T self = rec;
     rec->entry(&self, rec->argument);
@@ -92,6 +92,9 @@ BOOL ThreadCreate(THREAD_HANDLE_T* handle, THREAD_ENTRY_T entry, U32 argument, U
 
     pthread_attr_t attr;
     pthread_attr_init(&attr);
+    // Explicit, or the policy asked for is ignored and a thread made from the signal
+    // thread inherits its SCHED_RR 99.
+    pthread_attr_setinheritsched(&attr, PTHREAD_EXPLICIT_SCHED);
     pthread_attr_setschedpolicy(&attr, SCHED_OTHER);
     struct sched_param param = {};
     param.sched_priority = 0;
@@ -163,7 +166,7 @@ BOOL ThreadSetPriority(THREAD_HANDLE_T* handle, U32 priority)
     THREAD_REC_T* rec = _thread(handle);
     if (!rec) return 0;
     rec->priority = priority;
-    return setpriority(PRIO_PROCESS, (id_t)rec->tid.load(), _ThreadNiceValue(priority)) == 0;
+    return setpriority(PRIO_PROCESS, (id_t)rec->tid.load(), ThreadTestNiceValue(priority)) == 0;
 }
 
 // ---- Mutexes -------------------------------------------------------------------
@@ -227,7 +230,7 @@ static EVENT_REC_T* _event(EVENT_HANDLE_T* handle)
     return handle ? *handle : nullptr;
 }
 
-struct timespec _EventDeadline(const struct timespec* now, U32 milliseconds)
+struct timespec EventTestDeadline(const struct timespec* now, U32 milliseconds)
 {
     struct timespec at = *now;
     at.tv_sec += (time_t)(milliseconds / 1000);
@@ -317,7 +320,7 @@ BOOL EventTimedWait(EVENT_HANDLE_T* handle, U32 milliseconds)
     if (!rec) return 0;
     struct timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
-    const struct timespec deadline = _EventDeadline(&now, milliseconds);
+    const struct timespec deadline = EventTestDeadline(&now, milliseconds);
     if (pthread_mutex_lock(&rec->mutex) != 0) return 0;
     BOOL result = _eventWaitLocked(rec, &deadline);
     pthread_mutex_unlock(&rec->mutex);

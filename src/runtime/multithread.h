@@ -47,7 +47,8 @@ BOOL EventWait(EVENT_HANDLE_T* handle);
 BOOL EventTimedWait(EVENT_HANDLE_T* handle, U32 milliseconds);
 BOOL EventDestroy(EVENT_HANDLE_T* handle);
 
+// Test hooks: for tests and benchmarks only, never called by the dash.
 // The nice value of a priority index (index 0 lowest, 6 highest, others as 3).
-int _ThreadNiceValue(U32 priority);
+int ThreadTestNiceValue(U32 priority);
 // Absolute CLOCK_MONOTONIC deadline `milliseconds` after `now`.
-struct timespec _EventDeadline(const struct timespec* now, U32 milliseconds);
+struct timespec EventTestDeadline(const struct timespec* now, U32 milliseconds);

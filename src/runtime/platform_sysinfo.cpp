@@ -44,7 +44,7 @@ static U64 _decimal(const char* s, size_t length, U64 limit, size_t* digits)
     return value;
 }
 
-U32 _ParseBootloaderVersion(const char* line, U32 fallback)
+U32 PlatformSysinfoTestParseBootloaderVersion(const char* line, U32 fallback)
 {
     const char* underscore = line ? strchr(line, '_') : nullptr;
     if (!underscore) return fallback;
@@ -53,14 +53,14 @@ U32 _ParseBootloaderVersion(const char* line, U32 fallback)
     return digits ? (U32)v : fallback;
 }
 
-S32 _ParseOSRelease(const char* release)
+S32 PlatformSysinfoTestParseOSRelease(const char* release)
 {
     const char* dash = release ? strrchr(release, '-') : nullptr;
     if (!dash) return 0;
     return (S32)_decimal(dash + 1, strlen(dash + 1), INT32_MAX, nullptr);
 }
 
-U32 _ParseRootFSVersion(const char* text, size_t length)
+U32 PlatformSysinfoTestParseRootFSVersion(const char* text, size_t length)
 {
     size_t i = 0;
     while (i < length && (text[i] == ' ' || text[i] == '\t')) i++;
@@ -70,10 +70,9 @@ U32 _ParseRootFSVersion(const char* text, size_t length)
 static void _readFactoryRecord(void)
 {
     if (m_recordRead) return;
-    char path[ROOT_PATH_MAX];
     U8 record[FACTORY_RECORD_SIZE];
     size_t got = 0;
-    FILE* f = root_path(path, sizeof(path), "/sys/uid/otp/id.bin") ? fopen(path, "rbe") : nullptr;
+    FILE* f = root_fopen_regular("/sys/uid/otp/id.bin", "rb");
     if (f) {
         got = fread(record, 1, sizeof(record), f);
         fclose(f);
@@ -103,7 +102,7 @@ U32 GetPlatformBootloaderVersion(void)
         FILE* pipe = popen(command, "re");
         if (pipe) {
             char line[1024];
-            if (fgets(line, sizeof(line), pipe)) version = _ParseBootloaderVersion(line, 1);
+            if (fgets(line, sizeof(line), pipe)) version = PlatformSysinfoTestParseBootloaderVersion(line, 1);
             // Drain the rest so the child never blocks on a full pipe.
             while (fgets(line, sizeof(line), pipe)) {
             }
@@ -118,20 +117,19 @@ S32 GetPlatformOSVersion(void)
 {
     if (m_osVersion != 0) return m_osVersion;
     char release[256];
-    if (osinfo_release(release, sizeof(release))) m_osVersion = _ParseOSRelease(release);
+    if (osinfo_release(release, sizeof(release))) m_osVersion = PlatformSysinfoTestParseOSRelease(release);
     return m_osVersion;
 }
 
 U32 GetPlatformRootFSVersion(void)
 {
     if (m_rootFSVersion != 0) return m_rootFSVersion;
-    char path[ROOT_PATH_MAX];
-    FILE* f = root_path(path, sizeof(path), "/etc/VERSION") ? fopen(path, "re") : nullptr;
+    FILE* f = root_fopen_regular("/etc/VERSION", "r");
     if (!f) return 0;
     char text[10];
     size_t n = fread(text, 1, sizeof(text), f);
     fclose(f);
-    m_rootFSVersion = _ParseRootFSVersion(text, n);
+    m_rootFSVersion = PlatformSysinfoTestParseRootFSVersion(text, n);
     return m_rootFSVersion;
 }
 
@@ -201,7 +199,7 @@ U32 GetPlatformFreeMemory(void)
     return free;
 }
 
-void _PlatformSysinfoReset(void)
+void PlatformSysinfoTestReset(void)
 {
     m_recordRead = 0;
     m_productSerial = 0;

@@ -45,12 +45,12 @@ enum { PLATFORM_SHUTDOWN_FUNCS = 20 };
 BOOL PlatformShutdownRegisterCallback(PLATFORM_SHUTDOWN_FUNC_T callback);
 void DoPlatformShutdownCallbacks(void);
 
-// Parsers of the version sources, for the checks of their formats.
+// Test hooks: for tests and benchmarks only, never called by the dash.
 // "x_12_3" gives 12; no underscore or no number behind it gives `fallback`.
-U32 _ParseBootloaderVersion(const char* line, U32 fallback);
+U32 PlatformSysinfoTestParseBootloaderVersion(const char* line, U32 fallback);
 // The number behind the last '-' of a kernel release; 0 without one.
-S32 _ParseOSRelease(const char* release);
+S32 PlatformSysinfoTestParseOSRelease(const char* release);
 // The decimal number at the start of the first `length` bytes; 0 without one.
-U32 _ParseRootFSVersion(const char* text, size_t length);
+U32 PlatformSysinfoTestParseRootFSVersion(const char* text, size_t length);
 // Forgets every cached value, so the next call reads its source again.
-void _PlatformSysinfoReset(void);
+void PlatformSysinfoTestReset(void);

@@ -115,11 +115,25 @@ void timer_process(void)
     m_timerCallbackCount = 0;
 }
 
+// Nanoseconds of a clock set by a test; negative while the real clock is read.
+static std::atomic<int64_t> m_testClockNs{-1};
+
 static struct timespec _monotonic(void)
 {
     struct timespec ts;
+    const int64_t testNs = m_testClockNs.load(std::memory_order_relaxed);
+    if (testNs >= 0) {
+        ts.tv_sec = (time_t)(testNs / 1000000000);
+        ts.tv_nsec = (long)(testNs % 1000000000);
+        return ts;
+    }
     clock_gettime(CLOCK_MONOTONIC, &ts);
     return ts;
+}
+
+void timer_test_set_clock(int64_t ns)
+{
+    m_testClockNs.store(ns < 0 ? -1 : ns, std::memory_order_relaxed);
 }
 
 S32 get_uptime_seconds(void)

@@ -26,3 +26,8 @@ U32 GetDeltaTime_ms(U32* last);
 
 // The empty task.
 void trigger_ground(void);
+
+// Test hooks: for tests and benchmarks only, never called by the dash.
+// The uptime clocks read `ns` nanoseconds of monotonic time until the next call; a
+// negative value gives them back the real clock.
+void timer_test_set_clock(int64_t ns);

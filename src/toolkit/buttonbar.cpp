@@ -9,7 +9,7 @@
 #include "lcd_buffer.h"
 #include "mmi.h"
 #include "outimage.h"
-#include "rectangl.h"
+#include "b_fill.h"
 #include "timer_drv.h"
 
 namespace {
@@ -162,12 +162,7 @@ void _ButtonBarAnimate(U32 now)
 
 }  // namespace
 
-void _ButtonBarProcess(void)
-{
-    _ButtonBarStep(keypad_read(), get_uptime_milliseconds());
-}
-
-void _ButtonBarStep(U8 code, U32 now)
+static void _ButtonBarStep(U8 code, U32 now)
 {
     _ButtonBarCheckKeys(code, now);
     _ButtonBarCheckKeyMasks(code, now);
@@ -180,12 +175,22 @@ void _ButtonBarStep(U8 code, U32 now)
     }
 }
 
+void _ButtonBarProcess(void)
+{
+    _ButtonBarStep(keypad_read(), get_uptime_milliseconds());
+}
+
+void ButtonBarTestStep(U8 code, U32 now)
+{
+    _ButtonBarStep(code, now);
+}
+
 void _ButtonBarKeyCallbackDisable(void)
 {
     m_isKeyCallbacksDisabled = TRUE;
 }
 
-const BUTTONBAR_T* _ButtonBarGet(void)
+const BUTTONBAR_T* ButtonBarTestGet(void)
 {
     return &m_buttonBar;
 }

@@ -96,8 +96,10 @@ BOOL ButtonBarDeregisterKeyMaskCallback(BUTTONBAR_CALLBACK_T pCallbackFunc);
 
 // The pass of the button bar, a PREPROCESS hook of the screen manager.
 void _ButtonBarProcess(void);
-// One pass with a given key code and uptime.
-void _ButtonBarStep(U8 code, U32 now);
 void _ButtonBarKeyCallbackDisable(void);
+
+// Test hooks: for tests and benchmarks only, never called by the dash.
+// One pass with a given key code and uptime.
+void ButtonBarTestStep(U8 code, U32 now);
 // The bar's record, for checks of its state.
-const BUTTONBAR_T* _ButtonBarGet(void);
+const BUTTONBAR_T* ButtonBarTestGet(void);

@@ -1,4 +1,6 @@
 #include "dash_harness.h"
+#include "picture_check.h"
+#include "png_io.h"
 #include "test_root.h"
 
 #include <cerrno>
@@ -211,4 +213,51 @@ uint16_t FramebufferView::Pixel(uint32_t x, uint32_t y) const
     if (yoffset > h.yres_virtual - h.yres) yoffset = 0;
     const uint16_t* pixels = reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(map_) + SIMFB_HEADER_SIZE);
     return pixels[(size_t)(yoffset + y) * h.xres_virtual + x];
+}
+
+std::vector<uint16_t> FramebufferView::Page() const
+{
+    const SIMFB_HEADER_T& h = Header();
+    uint32_t yoffset = __atomic_load_n(&header_->yoffset, __ATOMIC_RELAXED);
+    if (yoffset > h.yres_virtual - h.yres) yoffset = 0;
+    const uint16_t* pixels = reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(map_) + SIMFB_HEADER_SIZE);
+    std::vector<uint16_t> page((size_t)h.xres * h.yres);
+    for (uint32_t y = 0; y < h.yres; y++) {
+        memcpy(&page[(size_t)y * h.xres], pixels + (size_t)(yoffset + y) * h.xres_virtual, h.xres * sizeof(uint16_t));
+    }
+    return page;
+}
+
+::testing::AssertionResult PageMatchesPicture(const std::string& root, const std::string& name, int timeoutMs)
+{
+    FramebufferView fb(root);
+    if (!fb.Valid()) return ::testing::AssertionFailure() << "no framebuffer in " << root;
+    const uint32_t w = fb.Header().xres, h = fb.Header().yres;
+    const int64_t end = NowMs() + timeoutMs;
+    if (UpdatingPictures()) {
+        std::vector<uint16_t> last = fb.Page();
+        int64_t stableSince = NowMs();
+        while (NowMs() < end && NowMs() - stableSince < 500) {
+            usleep(20000);
+            std::vector<uint16_t> page = fb.Page();
+            if (page != last) {
+                last = std::move(page);
+                stableSince = NowMs();
+            }
+        }
+        return MatchesPicture(name, last.data(), w, h, w);
+    }
+    // Compares quietly until the deadline, then once more for the report.
+    std::vector<uint16_t> expected;
+    for (;;) {
+        const std::vector<uint16_t> page = fb.Page();
+        if (NowMs() >= end) return MatchesPicture(name, page.data(), w, h, w);
+        if (expected.empty()) {
+            uint32_t ew = 0, eh = 0;
+            if (!png_read_rgb565(ReferencePicturePath(name).c_str(), &expected, &ew, &eh).empty())
+                return MatchesPicture(name, page.data(), w, h, w);
+        }
+        if (page == expected) return MatchesPicture(name, page.data(), w, h, w);
+        usleep(20000);
+    }
 }

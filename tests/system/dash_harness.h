@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "simfb.h"
 
 // Paths of the built programs.
@@ -64,12 +66,19 @@ public:
     const SIMFB_HEADER_T& Header() const { return *header_; }
     // A pixel of the page on show.
     uint16_t Pixel(uint32_t x, uint32_t y) const;
+    // The whole page on show, xres x yres pixels.
+    std::vector<uint16_t> Page() const;
 
 private:
     void* map_ = nullptr;
     size_t length_ = 0;
     const SIMFB_HEADER_T* header_ = nullptr;
 };
+
+// Waits up to `timeoutMs` for the page on show in `root` to equal the reference picture
+// NAME, and reports the last difference when it never does. While the pictures are
+// being rewritten, stores the page once it has stayed the same for half a second.
+::testing::AssertionResult PageMatchesPicture(const std::string& root, const std::string& name, int timeoutMs = 5000);
 
 // Monotonic milliseconds.
 int64_t NowMs();

@@ -5,7 +5,7 @@
 #include "lcd_blan.h"
 #include "lcd_buffer.h"
 #include "mmi.h"
-#include "rectangl.h"
+#include "b_fill.h"
 
 namespace {
 

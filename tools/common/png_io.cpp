@@ -84,3 +84,26 @@ std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t 
     }
     return "";
 }
+
+std::string png_read_rgb565(const char* path, std::vector<uint16_t>* pixels, uint32_t* width, uint32_t* height)
+{
+    png_image image;
+    memset(&image, 0, sizeof(image));
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, path)) return std::string("cannot read ") + path + ": " + image.message;
+    image.format = PNG_FORMAT_RGB;
+    std::vector<uint8_t> rgb(PNG_IMAGE_SIZE(image));
+    if (!png_image_finish_read(&image, nullptr, rgb.data(), 0, nullptr)) {
+        const std::string error = std::string("cannot read ") + path + ": " + image.message;
+        png_image_free(&image);
+        return error;
+    }
+    *width = image.width;
+    *height = image.height;
+    pixels->resize((size_t)image.width * image.height);
+    for (size_t i = 0; i < pixels->size(); i++) {
+        const uint8_t* p = &rgb[i * 3];
+        (*pixels)[i] = (uint16_t)((p[0] >> 3) << 11 | (p[1] >> 2) << 5 | (p[2] >> 3));
+    }
+    return "";
+}

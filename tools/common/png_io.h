@@ -12,6 +12,10 @@ std::string png_encode_rgb565(std::vector<uint8_t>* out, const uint16_t* pixels,
 std::string png_write_rgb565(const char* path, const uint16_t* pixels, uint32_t width, uint32_t height,
                              uint32_t stride);
 
+// Reads a PNG of any colour type as RGB565 (each channel's high bits), row after row.
+// Returns "" on success, else what went wrong.
+std::string png_read_rgb565(const char* path, std::vector<uint16_t>* pixels, uint32_t* width, uint32_t* height);
+
 // RGB565 to 8-bit channels, with the low bits filled so that white stays 255.
 inline void rgb565_to_rgb8(uint16_t c, uint8_t out[3])
 {

@@ -16,9 +16,9 @@ inline void ResetDisplay(U32 width = 320, U32 height = 240)
     gScreenHeight = height;
     memset(Layer1Buffer, 0, sizeof(Layer1Buffer));
     memset(Layer2Buffer, 0, sizeof(Layer2Buffer));
-    _DirtyRectReset();
-    _ElementReset();
-    _LayerMergerReset();
+    DirtyRectTestReset();
+    ElementTestReset();
+    LayerMergerTestReset();
 }
 
 inline U16 L1(S32 x, S32 y)

@@ -1,6 +1,6 @@
 // Dirty rectangles and elements.
 #include "display_fixture.h"
-#include "rectangl.h"
+#include "b_fill.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ TEST_F(Bookkeeping, AddClipsToTheScreenProperAndFeedsAllThreeLists)
         DirtyRectFlip();
     }
     EXPECT_TRUE(CurrentDirty().empty()) << "gone after the third frame";
-    EXPECT_EQ(_DirtyRectFreeCount(), DIRTYRECT_POOL_SIZE);
+    EXPECT_EQ(DirtyRectTestFreeCount(), DIRTYRECT_POOL_SIZE);
 }
 
 TEST_F(Bookkeeping, FixupMergesOnlyOverlapsAndRestartsFromTheHead)
@@ -46,10 +46,10 @@ TEST_F(Bookkeeping, PoolExhaustionServesTheListsInOrderThenNothing)
     DirtyRectAdd(100, 100, 101, 101);
     DirtyRectFlip();  // list 0 gives its record back; lists 1 and 2 keep theirs
     for (U32 i = 0; i < DIRTYRECT_POOL_SIZE / 3 - 1; i++) DirtyRectAdd(0, 0, 1, 1);
-    ASSERT_EQ(_DirtyRectFreeCount(), 1u);
+    ASSERT_EQ(DirtyRectTestFreeCount(), 1u);
     DirtyRectAdd(7, 7, 8, 8);  // one record: list 0 only
     DirtyRectAdd(9, 9, 9, 9);  // none
-    EXPECT_EQ(_DirtyRectFreeCount(), 0u);
+    EXPECT_EQ(DirtyRectTestFreeCount(), 0u);
     const GFX_RECT_T r = {7, 7, 8, 8};
     EXPECT_NE(CurrentDirty().front(), r) << "list 1";
     DirtyRectFlip();

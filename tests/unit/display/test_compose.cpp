@@ -5,8 +5,13 @@
 #include "alphablend.h"
 #include "lcd_blan.h"
 #include "line.h"
-#include "outimage.h"
+#include "hline.h"
+#include "vline.h"
 #include "rectangl.h"
+#include "b_fill.h"
+#include "outimage.h"
+#include "lcdc_drv.h"
+#include "test_root.h"
 
 namespace {
 
@@ -62,7 +67,7 @@ TEST_F(Compose, WhiteOnTheFrontLayer)
     blockfillExEle(ELEMENTID_INVALID, 3, 0, 3, 0, RED, 100, LAYER2);
     blockfillExEle(ELEMENTID_INVALID, 3, 0, 3, 0, GREEN, 99, LAYER2);     // over red, not over blue
     std::vector<U16> page = Page();
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(At(page, 0, 0), BLUE);
     EXPECT_NE(At(page, 1, 0), BLUE);
     EXPECT_NE(At(page, 1, 0), WHITE);
@@ -79,7 +84,7 @@ TEST_F(Compose, FrontAllTransparentShowsTheBackLayer)
     }
     DirtyRectEnable(FALSE);
     std::vector<U16> page = Page();
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(0, memcmp(page.data(), Layer1Buffer, page.size() * 2));
 }
 
@@ -88,25 +93,25 @@ TEST_F(Compose, DirtyRectanglesAreWidenedToWholeWords)
     vLcdBlankerEx(BLACK, ALPHA_COLOR);
     for (int f = 0; f < 3; f++) {
         std::vector<U16> page = Page();
-        _merge_layers_compose(page.data());  // work off the blanking on all pages
+        LayerMergerTestCompose(page.data());  // work off the blanking on all pages
     }
     std::vector<U16> page = Page();
     Layer1Buffer[10] = RED;  // neighbour columns differ from the page
     Layer1Buffer[11] = GREEN;
     Layer1Buffer[12] = BLUE;
     DirtyRectAdd(11, 0, 11, 0);  // odd column: 10 and 11
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(At(page, 10, 0), RED);
     EXPECT_EQ(At(page, 11, 0), GREEN);
     EXPECT_EQ(At(page, 12, 0), 0x1234);
     ResetDisplay();
     vLcdBlankerEx(BLACK, ALPHA_COLOR);
-    for (int f = 0; f < 3; f++) _merge_layers_compose(page.data());
+    for (int f = 0; f < 3; f++) LayerMergerTestCompose(page.data());
     Layer1Buffer[11] = GREEN;
     Layer1Buffer[12] = BLUE;
     page = Page();
     DirtyRectAdd(12, 0, 12, 0);  // even column: 12 and 13
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(At(page, 11, 0), 0x1234);
     EXPECT_EQ(At(page, 12, 0), BLUE);
     EXPECT_EQ(At(page, 13, 0), BLACK);
@@ -120,7 +125,7 @@ TEST_F(Compose, OverlayRowsShowTheAreaBelowTheScreen)
     blockclearExEle(ELEMENTID_INVALID, 0, 240, 9, 240, ALPHA_COLOR, LAYER2);  // transparent in the overlay
     SetButtonOverlayHeight(40);
     std::vector<U16> page = Page();
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(At(page, 100, 199), BLUE);
     EXPECT_EQ(At(page, 100, 200), GREEN);
     EXPECT_EQ(At(page, 100, 239), GREEN);
@@ -128,11 +133,11 @@ TEST_F(Compose, OverlayRowsShowTheAreaBelowTheScreen)
 
     // The overlay is composed every frame, dirty or not.
     page = Page();
-    _merge_layers_compose(page.data());
-    _merge_layers_compose(page.data());
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
+    LayerMergerTestCompose(page.data());
+    LayerMergerTestCompose(page.data());
     page = Page();
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     EXPECT_EQ(At(page, 100, 220), GREEN);
     EXPECT_EQ(At(page, 100, 100), 0x1234) << "nothing else was dirty";
 
@@ -144,10 +149,10 @@ TEST_F(Compose, ShrinkingOverlayDirtiesTheUncoveredRows)
 {
     std::vector<U16> page = Page();
     SetButtonOverlayHeight(40);
-    for (int f = 0; f < 3; f++) _merge_layers_compose(page.data());
+    for (int f = 0; f < 3; f++) LayerMergerTestCompose(page.data());
     SetButtonOverlayHeight(38);
     page = Page();
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     // Rows 199 .. 201 were recomposed (from black layers), 198 was not.
     EXPECT_EQ(At(page, 0, 198), 0x1234);
     EXPECT_EQ(At(page, 0, 199), 0);
@@ -155,7 +160,7 @@ TEST_F(Compose, ShrinkingOverlayDirtiesTheUncoveredRows)
     // And the next two pages get them too.
     for (int f = 0; f < 2; f++) {
         page = Page();
-        _merge_layers_compose(page.data());
+        LayerMergerTestCompose(page.data());
         EXPECT_EQ(At(page, 0, 199), 0) << "page " << f + 1;
     }
 }
@@ -193,12 +198,12 @@ void ExpectDirtyComposeEqualsWhole(U32 w, U32 h, unsigned seed, bool flipped)
     for (int frame = 0; frame < 12; frame++) {
         RandomDrawing(rng, 1 + (int)(rng() % 8));
         if (!flipped && rng() % 3 == 0) SetButtonOverlayHeight(rng() % 3 == 0 ? 0 : rng() % (h + 20));
-        _merge_layers_compose(pages[frame % 3].data());
+        LayerMergerTestCompose(pages[frame % 3].data());
     }
-    for (int frame = 12; frame < 15; frame++) _merge_layers_compose(pages[frame % 3].data());
+    for (int frame = 12; frame < 15; frame++) LayerMergerTestCompose(pages[frame % 3].data());
     DirtyRectEnable(FALSE);
     std::vector<U16> whole = Page();
-    _merge_layers_compose(whole.data());
+    LayerMergerTestCompose(whole.data());
     for (int p = 0; p < 3; p++) {
         ASSERT_EQ(pages[p], whole) << "seed " << seed << " page " << p << (flipped ? " flipped" : "");
     }
@@ -219,12 +224,34 @@ TEST(ComposeEquivalence, FlippedPathsAgreeAndMirror)
     RandomDrawing(rng, 40);
     DirtyRectEnable(FALSE);
     std::vector<U16> plain = Page(), turned = Page();
-    _merge_layers_compose(plain.data());
+    LayerMergerTestCompose(plain.data());
     vSetLcdFlipped(TRUE);
-    _merge_layers_compose(turned.data());
+    LayerMergerTestCompose(turned.data());
     const size_t n = plain.size();
     for (size_t i = 0; i < n; i++) ASSERT_EQ(turned[n - 1 - i], plain[i]) << i;
     ResetDisplay();
 }
 
 }  // namespace
+
+// After the display is closed there is no page: a late frame of the main loop (the
+// compose and the swap) must find none and write nowhere, not into unmapped memory.
+TEST(Display, ComposeAndSwapAfterDeinitTouchNothing)
+{
+    TestRoot root;
+    root.Write("sys/class/leds/lcdled-pwm/brightness", "0");
+    mkdir(root.Abs("dev").c_str(), 0755);
+    lcd_init();
+    ASSERT_NE(lcd_buffer(), nullptr);
+    ResetDisplay(gScreenWidth, gScreenHeight);
+    blockfillEx(0, 0, 99, 99, RED, 100, LAYER2);
+    merge_layers();
+    lcd_deinit();
+    EXPECT_EQ(lcd_buffer(), nullptr);
+    const std::string closed = root.Read("dev/fb0");
+    blockfillEx(0, 0, 99, 99, GREEN, 100, LAYER2);
+    merge_layers();
+    lcd_swap();
+    EXPECT_EQ(root.Read("dev/fb0"), closed) << "the framebuffer is left as the shutdown left it";
+    ResetDisplay();
+}

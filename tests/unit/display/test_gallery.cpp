@@ -1,55 +1,79 @@
-// One page with every primitive on it, composed as the dash composes it. Set
-// MOTORDASH_GALLERY_PNG to a file name to look at it.
-#include <cstdlib>
-
+// One page with every primitive on both layers, composed as the dash composes it, on
+// both panels, upright and flipped, against its reference pictures.
 #include "display_fixture.h"
 #include "images.h"
 #include "lcd_blan.h"
 #include "line.h"
-#include "outimage.h"
-#include "png_io.h"
+#include "hline.h"
+#include "vline.h"
 #include "rectangl.h"
+#include "b_fill.h"
+#include "outimage.h"
+#include "picture_check.h"
 
 namespace {
 
-TEST(Gallery, EveryPrimitiveOnOnePage)
-{
-    ResetDisplay(320, 240);
-    vLcdBlankerEx(MAKERGB565(20, 24, 32), ALPHA_COLOR);
-    // Back layer: stripes to show translucency over them.
-    for (S32 x = 0; x < 320; x += 16) blockfillEx(x, 0, x + 7, 239, MAKERGB565(40, 48, 64), 100, LAYER1);
-    // Lines: every thickness and both styles, slanted ones.
-    lineExEle(ELEMENTID_INVALID, 10, 10, 150, 40, NORMAL, SOLID, YELLOW, 100, LAYER2);
-    lineExEle(ELEMENTID_INVALID, 10, 20, 150, 60, THICK, SOLID, CYAN, 100, LAYER2);
-    lineExEle(ELEMENTID_INVALID, 10, 30, 150, 80, VERY_THICK, DOTTED, MAGENTA, 100, LAYER2);
-    lineExEle(ELEMENTID_INVALID, 160, 10, 200, 90, THICK, SOLID, GREEN, 60, LAYER2);
-    hlineExEle(ELEMENTID_INVALID, 10, 100, 150, VERY_THICK, SOLID, RED, 100, LAYER2);
-    hlineExEle(ELEMENTID_INVALID, 10, 108, 150, NORMAL, DOTTED, WHITE_TEXT, 100, LAYER2);
-    vlineExEle(ELEMENTID_INVALID, 215, 10, 100, THICK, DOTTED, MAKERGB565(255, 140, 0), 100, LAYER2);
-    rectangleExEle(ELEMENTID_INVALID, 225, 10, 310, 60, THICK, SOLID, WHITE_TEXT, 100, LAYER2);
-    // Fills: opaque, translucent over the stripes, a cleared hole, a window frame.
-    blockfillExEle(ELEMENTID_INVALID, 230, 70, 270, 110, RED, 100, LAYER2);
-    blockfillExEle(ELEMENTID_INVALID, 250, 90, 310, 130, BLUE, 50, LAYER2);
-    blockclearExEle(ELEMENTID_INVALID, 240, 80, 250, 90, ALPHA_COLOR, LAYER2);
-    draw_windowEle(ELEMENTID_INVALID, 10, 120, 60, 40, 4, GREEN, LAYER2);
-    drawrectangleEle(ELEMENTID_INVALID, 80, 120, 30, 40, MENU_COLOR, LAYER2);
-    draw_line_horizontalEle(ELEMENTID_INVALID, 120, 200, 125, LIGHT_GRAY, LAYER2);
-    draw_line_verticalEle(ELEMENTID_INVALID, 120, 160, 205, LIGHT_GRAY, LAYER2);
-    // Pictures: key faces, one translucent, a part, the hub turned.
-    outimageEx(10, 180, &up, 100, ALPHA_INVARIANT, LAYER2);
-    outimageEx(76, 180, &down_s, 100, ALPHA_INVARIANT, LAYER2);
-    outimageEx(142, 180, &right, 50, ALPHA_INVARIANT, LAYER2);
-    outimageareaEle(ELEMENTID_INVALID, 208, 180, &back_s, 0, 0, 31, 47, 100, ALPHA_INVARIANT, LAYER2);
-    const S32 pivot[2] = {10, 10}, centre[2] = {290, 200};
-    outimagerotateExEle(ELEMENTID_INVALID, pivot, &touch_cross, 30, centre, nullptr, ALPHA_INVARIANT, LAYER2);
-    outimageEx(250, 190, &needle_boss, 100, ALPHA_INVARIANT, LAYER2);
+// The small panel's layout, doubled and centred on the large one.
+struct Place {
+    S32 scale, dx;
+    S32 X(S32 x) const { return x * scale + dx; }
+    S32 Y(S32 y) const { return y * scale; }
+};
 
-    std::vector<U16> page(320 * 240);
-    _merge_layers_compose(page.data());
-    EXPECT_EQ(page[100 * 320 + 80], RED);
-    EXPECT_EQ(page[85 * 320 + 245], Layer1Buffer[85 * 320 + 245]) << "the hole shows the back layer";
-    if (const char* png = getenv("MOTORDASH_GALLERY_PNG")) {
-        EXPECT_EQ(png_write_rgb565(png, page.data(), 320, 240, 320), "");
+void DrawGallery(const Place& p)
+{
+    vLcdBlankerEx(MAKERGB565(20, 24, 32), ALPHA_COLOR);
+    // Back layer: stripes to show translucency over them, and its own primitives,
+    // which the front layer shows through its transparent pixels.
+    for (S32 x = 0; x < (S32)gScreenWidth; x += 16) blockfillEx(x, 0, x + 7, (S32)gScreenHeight - 1, MAKERGB565(40, 48, 64), 100, LAYER1);
+    lineExEle(ELEMENTID_INVALID, p.X(0), p.Y(235), p.X(319), p.Y(140), THICK, SOLID, MAKERGB565(0, 120, 60), 100, LAYER1);
+    rectangleExEle(ELEMENTID_INVALID, p.X(160), p.Y(100), p.X(205), p.Y(150), NORMAL, DOTTED, MAKERGB565(255, 165, 0), 100, LAYER1);
+    blockfillExEle(ELEMENTID_INVALID, p.X(270), p.Y(140), p.X(315), p.Y(175), MAKERGB565(200, 0, 200), 50, LAYER1);
+    outimageEx(p.X(160), p.Y(150), &up_s, 100, ALPHA_INVARIANT, LAYER1);
+    // Front layer. Lines: every thickness and both styles, slanted ones.
+    lineExEle(ELEMENTID_INVALID, p.X(10), p.Y(10), p.X(150), p.Y(40), NORMAL, SOLID, YELLOW, 100, LAYER2);
+    lineExEle(ELEMENTID_INVALID, p.X(10), p.Y(20), p.X(150), p.Y(60), THICK, SOLID, CYAN, 100, LAYER2);
+    lineExEle(ELEMENTID_INVALID, p.X(10), p.Y(30), p.X(150), p.Y(80), VERY_THICK, DOTTED, MAGENTA, 100, LAYER2);
+    lineExEle(ELEMENTID_INVALID, p.X(160), p.Y(10), p.X(200), p.Y(90), THICK, SOLID, GREEN, 60, LAYER2);
+    hlineExEle(ELEMENTID_INVALID, p.X(10), p.Y(100), p.X(150), VERY_THICK, SOLID, RED, 100, LAYER2);
+    hlineExEle(ELEMENTID_INVALID, p.X(10), p.Y(108), p.X(150), NORMAL, DOTTED, WHITE_TEXT, 100, LAYER2);
+    vlineExEle(ELEMENTID_INVALID, p.X(215), p.Y(10), p.Y(100), THICK, DOTTED, MAKERGB565(255, 140, 0), 100, LAYER2);
+    rectangleExEle(ELEMENTID_INVALID, p.X(225), p.Y(10), p.X(310), p.Y(60), THICK, SOLID, WHITE_TEXT, 100, LAYER2);
+    // Fills: opaque, translucent over the stripes, a cleared hole, a window frame.
+    blockfillExEle(ELEMENTID_INVALID, p.X(230), p.Y(70), p.X(270), p.Y(110), RED, 100, LAYER2);
+    blockfillExEle(ELEMENTID_INVALID, p.X(250), p.Y(90), p.X(310), p.Y(130), BLUE, 50, LAYER2);
+    blockclearExEle(ELEMENTID_INVALID, p.X(240), p.Y(80), p.X(250), p.Y(90), ALPHA_COLOR, LAYER2);
+    draw_windowEle(ELEMENTID_INVALID, p.X(10), p.Y(120), 60, 40, 4, GREEN, LAYER2);
+    drawrectangleEle(ELEMENTID_INVALID, p.X(80), p.Y(120), 30, 40, MENU_COLOR, LAYER2);
+    draw_line_horizontalEle(ELEMENTID_INVALID, p.X(120), p.X(200), p.Y(125), LIGHT_GRAY, LAYER2);
+    draw_line_verticalEle(ELEMENTID_INVALID, p.X(120), p.Y(160), p.Y(205), LIGHT_GRAY, LAYER2);
+    // Pictures: key faces, one translucent, a part, the cross turned, the hub.
+    outimageEx(p.X(10), p.Y(180), &up, 100, ALPHA_INVARIANT, LAYER2);
+    outimageEx(p.X(76), p.Y(180), &down_s, 100, ALPHA_INVARIANT, LAYER2);
+    outimageEx(p.X(142), p.Y(180), &right, 50, ALPHA_INVARIANT, LAYER2);
+    outimageareaEle(ELEMENTID_INVALID, p.X(208), p.Y(180), &back_s, 0, 0, 31, 47, 100, ALPHA_INVARIANT, LAYER2);
+    const S32 pivot[2] = {10, 10}, centre[2] = {p.X(290), p.Y(200)};
+    outimagerotateExEle(ELEMENTID_INVALID, pivot, &touch_cross, 30, centre, nullptr, ALPHA_INVARIANT, LAYER2);
+    outimageEx(p.X(250), p.Y(190), &needle_boss, 100, ALPHA_INVARIANT, LAYER2);
+}
+
+TEST(GalleryPictures, EveryPrimitiveOnBothLayersBothPanelsUprightAndFlipped)
+{
+    struct Panel {
+        U32 w, h;
+        Place place;
+        const char* name;
+    };
+    for (const Panel& panel : {Panel{320, 240, {1, 0}, "gallery_320x240"}, Panel{800, 480, {2, 80}, "gallery_800x480"}}) {
+        for (const bool flipped : {false, true}) {
+            ResetDisplay(panel.w, panel.h);
+            DrawGallery(panel.place);
+            vSetLcdFlipped(flipped);
+            std::vector<U16> page((size_t)panel.w * panel.h);
+            LayerMergerTestCompose(page.data());
+            const std::string name = std::string(panel.name) + (flipped ? "_flipped" : "");
+            EXPECT_TRUE(MatchesPicture(name, page.data(), panel.w, panel.h, panel.w));
+        }
     }
     ResetDisplay();
 }

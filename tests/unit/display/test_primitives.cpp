@@ -5,8 +5,11 @@
 
 #include "display_fixture.h"
 #include "line.h"
-#include "outimage.h"
+#include "hline.h"
+#include "vline.h"
 #include "rectangl.h"
+#include "b_fill.h"
+#include "outimage.h"
 
 namespace {
 
@@ -90,7 +93,7 @@ TEST_F(Primitives, OpacityZeroRecordsLinesButNotBlocks)
     EXPECT_EQ(CurrentDirty().size(), 1u);
     EXPECT_TRUE(Drawn().empty());
     GFX_RECT_T r;
-    EXPECT_TRUE(_ElementGetCurRect(3, &r));
+    EXPECT_TRUE(ElementTestGetCurRect(3, &r));
 }
 
 TEST_F(Primitives, BlocksAreClampedNotDropped)
@@ -236,10 +239,10 @@ TEST(PrimitivesFuzz, WildArgumentsStayInBounds)
                 SetButtonOverlayHeight(rng());
                 vSetLcdFlipped(rng() & 1);
                 std::vector<U16> page(gScreenWidth * gScreenHeight);
-                _merge_layers_compose(page.data());
+                LayerMergerTestCompose(page.data());
             }
         }
-        EXPECT_LE(_DirtyRectFreeCount(), DIRTYRECT_POOL_SIZE);
+        EXPECT_LE(DirtyRectTestFreeCount(), DIRTYRECT_POOL_SIZE);
     }
     ResetDisplay();
 }

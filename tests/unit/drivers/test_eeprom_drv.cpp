@@ -63,7 +63,7 @@ protected:
     void TearDown() override
     {
         eeprom_deinit();
-        _eeprom_set_save_hook(nullptr);
+        eeprom_test_set_save_hook(nullptr);
     }
     std::string Current() const { return ReadFile(root.Abs(current)); }
     std::string Old() const { return ReadFile(root.Abs(old)); }
@@ -159,7 +159,7 @@ TEST_F(EepromDrvTest, WritesDuringASaveAreFoldedIntoOneMoreSave)
 {
     SAVE_GATE_T gate;
     g_gate = &gate;
-    _eeprom_set_save_hook(HoldingHook);
+    eeprom_test_set_save_hook(HoldingHook);
     eeprom_init();
 
     Write(0, "X");

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <ftw.h>
 #include <string>
 #include <sys/stat.h>
@@ -196,3 +197,24 @@ TEST(Streams, WriteSeekReadRoundTrip)
 }
 
 }  // namespace
+
+// A FIFO or a device node where a file is expected is refused at once, in every mode,
+// and a regular file still opens in each.
+TEST(Streams, OnlyRegularFilesOpenAndNothingBlocks)
+{
+    TestRoot root;
+    root.Write("app/event/plain", "text");
+    ASSERT_EQ(mkfifo(root.Abs("app/event/fifo").c_str(), 0644), 0);
+    for (const char* mode : {"r", "rb", "r+", "w", "a", "a+"}) {
+        EXPECT_EQ(FileOpen(FOLDERLOC_EVENT, "fifo", mode), nullptr) << mode;
+        FILE_T* f = FileOpen(FOLDERLOC_EVENT, "plain", mode);
+        EXPECT_NE(f, nullptr) << mode;
+        FileClose(f);
+    }
+    EXPECT_EQ(root_fopen_regular("/dev/null", "r"), nullptr);
+    EXPECT_EQ(open_regular("/dev/zero", O_RDONLY), -1);
+    FILE_T* made = FileOpen(FOLDERLOC_EVENT, "new", "wx");
+    ASSERT_NE(made, nullptr) << "a missing file is created";
+    FileClose(made);
+    EXPECT_EQ(FileOpen(FOLDERLOC_EVENT, "new", "wx"), nullptr) << "x: only a new one";
+}

@@ -157,7 +157,6 @@ TEST(GeneratedRecord, StoredLayout)
     const U8 width[4] = {3, 0, 0, 0}, height[4] = {2, 0, 0, 0};
     EXPECT_EQ(memcmp(b + 4, width, 4), 0);
     EXPECT_EQ(memcmp(b + 8, height, 4), 0);
-    EXPECT_EQ(sizeof(probe.bitmap), 3u * 2u * 2u);
 
     // Row by row, top row first, little-endian: red, green, blue / white, clear, 0x123456.
     const U8 pixels[12] = {0x00, 0xF8, 0xE0, 0x07, 0x1F, 0x00, 0xFE, 0xFF, 0xFF, 0xFF, 0xAA, 0x11};
@@ -182,7 +181,7 @@ TEST(GeneratedRecord, SourceText)
     image.pixels[16] = 0xFFFF;
     const std::string text = imgconv_source_text(image, "set.h");
     EXPECT_NE(text.find("#include \"set.h\"\n"), std::string::npos);
-    EXPECT_NE(text.find("const BITMAP_wide_T wide = {"), std::string::npos);
+    EXPECT_NE(text.find("BITMAPA wide = {"), std::string::npos);
     // 16 pixels a line: the 16th ends the first line, the 17th starts the next.
     EXPECT_NE(text.find(" 0x0001,\n        0xFFFF, 0xABCD,"), std::string::npos);
     EXPECT_NE(text.find(" 0xABCD,\n    },\n};\n"), std::string::npos);
@@ -343,8 +342,8 @@ TEST(CommandLine, SourceAndHeader)
     EXPECT_EQ(_run({"--header", root.Abs("set.h"), m_probe, std::string(PROBE_DIR) + "/probe_palette.png"}, &err),
               0);
     const std::string header = _readFile(root.Abs("set.h"));
-    EXPECT_NE(header.find("extern const BITMAP_probe_T probe;"), std::string::npos);
-    EXPECT_NE(header.find("extern const BITMAP_probe_palette_T probe_palette;"), std::string::npos);
+    EXPECT_NE(header.find("extern BITMAPA probe;  // probe.png, 3 x 2\n"), std::string::npos);
+    EXPECT_NE(header.find("extern BITMAPA probe_palette;  // probe_palette.png, 4 x 1\n"), std::string::npos);
     EXPECT_EQ(_listFolder(root.Path()), (std::vector<std::string>{"probe.cpp", "set.h"}));
 
     EXPECT_EQ(_run({"--help"}, &err), 0);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <pthread.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -77,8 +79,8 @@ TEST(Thread, BadArguments)
 TEST(Thread, PriorityScale)
 {
     const int expected[] = {19, 16, 12, 8, 4, 0, -4, 8, 8};
-    for (U32 i = 0; i < 9; i++) EXPECT_EQ(_ThreadNiceValue(i), expected[i]) << i;
-    EXPECT_EQ(_ThreadNiceValue(0xFFFFFFFF), 8);
+    for (U32 i = 0; i < 9; i++) EXPECT_EQ(ThreadTestNiceValue(i), expected[i]) << i;
+    EXPECT_EQ(ThreadTestNiceValue(0xFFFFFFFF), 8);
 
     // Index 0 is applied to the new thread itself (lowering the priority needs no rights).
     g_loops = 0;
@@ -87,6 +89,37 @@ TEST(Thread, PriorityScale)
     while (g_loops < 1) usleep(1000);
     EXPECT_EQ(g_nice.load(), 19);
     EXPECT_TRUE(ThreadDestroy(&t));
+}
+
+// A thread made from a real-time thread (the signal thread makes some) runs at the
+// normal policy it asks for, not at its maker's SCHED_RR 99.
+TEST(Thread, ThreadMadeFromARealTimeThreadIsNotRealTime)
+{
+    static std::atomic<int> policy{-1};
+    std::atomic<int> result{-1};
+    pthread_t maker;
+    auto makerBody = [](void* out) -> void* {
+        struct sched_param rr = {};
+        rr.sched_priority = 99;
+        if (pthread_setschedparam(pthread_self(), SCHED_RR, &rr) != 0) {
+            static_cast<std::atomic<int>*>(out)->store(0);  // no rights here: nothing to inherit
+            return nullptr;
+        }
+        THREAD_HANDLE_T t = nullptr;
+        auto body = [](THREAD_HANDLE_T*, U32) {
+            int p;
+            struct sched_param param;
+            pthread_getschedparam(pthread_self(), &p, &param);
+            policy = p;
+        };
+        if (ThreadCreate(&t, body, 0, 3)) ThreadDestroy(&t);
+        static_cast<std::atomic<int>*>(out)->store(1);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&maker, nullptr, makerBody, &result), 0);
+    pthread_join(maker, nullptr);
+    if (result == 0) GTEST_SKIP() << "SCHED_RR not permitted for this user";
+    EXPECT_EQ(policy.load(), SCHED_OTHER);
 }
 
 TEST(Mutex, IsRecursiveAndExcludesOthers)
@@ -211,14 +244,14 @@ TEST(Event, NullHandles)
 TEST(Event, DeadlineCarriesOnce)
 {
     const struct timespec now = {41, 800000000L};
-    struct timespec at = _EventDeadline(&now, 1500);
+    struct timespec at = EventTestDeadline(&now, 1500);
     EXPECT_EQ(at.tv_sec, 43);
     EXPECT_EQ(at.tv_nsec, 300000000L);
-    at = _EventDeadline(&now, 200);
+    at = EventTestDeadline(&now, 200);
     EXPECT_EQ(at.tv_sec, 42);
     EXPECT_EQ(at.tv_nsec, 0L);
     const struct timespec edge = {7, 999999999L};
-    at = _EventDeadline(&edge, 0);
+    at = EventTestDeadline(&edge, 0);
     EXPECT_EQ(at.tv_sec, 7);
     EXPECT_EQ(at.tv_nsec, 999999999L);
 }

@@ -12,33 +12,33 @@ namespace {
 
 TEST(VersionParsing, Bootloader)
 {
-    EXPECT_EQ(_ParseBootloaderVersion("x_12_3\n", 1), 12u);
-    EXPECT_EQ(_ParseBootloaderVersion("bootloader_105_2", 1), 105u);
-    EXPECT_EQ(_ParseBootloaderVersion("2020.04\n", 1), 1u);  // no underscore
-    EXPECT_EQ(_ParseBootloaderVersion("a_b_3", 1), 1u);      // nothing numeric behind it
-    EXPECT_EQ(_ParseBootloaderVersion("", 1), 1u);
-    EXPECT_EQ(_ParseBootloaderVersion(nullptr, 1), 1u);
-    EXPECT_EQ(_ParseBootloaderVersion("v_99999999999999999999", 1), 0xFFFFFFFFu);
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("x_12_3\n", 1), 12u);
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("bootloader_105_2", 1), 105u);
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("2020.04\n", 1), 1u);  // no underscore
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("a_b_3", 1), 1u);      // nothing numeric behind it
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("", 1), 1u);
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion(nullptr, 1), 1u);
+    EXPECT_EQ(PlatformSysinfoTestParseBootloaderVersion("v_99999999999999999999", 1), 0xFFFFFFFFu);
 }
 
 TEST(VersionParsing, KernelRelease)
 {
-    EXPECT_EQ(_ParseOSRelease("4.14.98-rt-77"), 77);
-    EXPECT_EQ(_ParseOSRelease("5.15.71-dash-121"), 121);
-    EXPECT_EQ(_ParseOSRelease("5.15.71"), 0);
-    EXPECT_EQ(_ParseOSRelease("5.15.71-"), 0);
-    EXPECT_EQ(_ParseOSRelease("1-2-x"), 0);  // behind the last hyphen only
-    EXPECT_EQ(_ParseOSRelease("x-99999999999999"), 0x7FFFFFFF);
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("4.14.98-rt-77"), 77);
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("5.15.71-dash-121"), 121);
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("5.15.71"), 0);
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("5.15.71-"), 0);
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("1-2-x"), 0);  // behind the last hyphen only
+    EXPECT_EQ(PlatformSysinfoTestParseOSRelease("x-99999999999999"), 0x7FFFFFFF);
 }
 
 TEST(VersionParsing, RootFS)
 {
-    EXPECT_EQ(_ParseRootFSVersion("101\n", 4), 101u);
-    EXPECT_EQ(_ParseRootFSVersion("  99", 4), 99u);
-    EXPECT_EQ(_ParseRootFSVersion("99999999999", 10), 0xFFFFFFFFu);
-    EXPECT_EQ(_ParseRootFSVersion("12345", 2), 12u);  // only the bytes read
-    EXPECT_EQ(_ParseRootFSVersion("v101", 4), 0u);
-    EXPECT_EQ(_ParseRootFSVersion("", 0), 0u);
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("101\n", 4), 101u);
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("  99", 4), 99u);
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("99999999999", 10), 0xFFFFFFFFu);
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("12345", 2), 12u);  // only the bytes read
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("v101", 4), 0u);
+    EXPECT_EQ(PlatformSysinfoTestParseRootFSVersion("", 0), 0u);
 }
 
 class SysinfoTest : public ::testing::Test {
@@ -46,12 +46,12 @@ protected:
     void SetUp() override
     {
         unsetenv("PRODUCT_ID");
-        _PlatformSysinfoReset();
+        PlatformSysinfoTestReset();
     }
     void TearDown() override
     {
         unsetenv("PRODUCT_ID");
-        _PlatformSysinfoReset();
+        PlatformSysinfoTestReset();
     }
     void WriteRecord(U32 serial, U32 product, size_t length = 16)
     {
@@ -105,7 +105,7 @@ TEST_F(SysinfoTest, FactoryRecordAndProducts)
     // Read once and kept: a later change of the file is not seen.
     WriteRecord(1, 0x200);
     EXPECT_EQ(GetPlatformProductId(), 256u);
-    _PlatformSysinfoReset();
+    PlatformSysinfoTestReset();
     GetPlatformInfo(&info);
     EXPECT_EQ(info.platform, (U32)PLATFORM_UNKNOWN);  // the 310L variant has no row of its own
     EXPECT_EQ(info.width, 0u);
@@ -122,7 +122,7 @@ TEST_F(SysinfoTest, ProductIdFromTheEnvironment)
     EXPECT_TRUE(PlatformHasTouch());
 
     // A short record is not kept and is read again, the environment applying each time.
-    _PlatformSysinfoReset();
+    PlatformSysinfoTestReset();
     WriteRecord(7, 256, 10);
     setenv("PRODUCT_ID", "0", 1);
     EXPECT_EQ(GetPlatformProductId(), 0u);

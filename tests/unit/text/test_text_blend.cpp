@@ -2,7 +2,6 @@
 // and the convenience calls with their current fonts.
 #include "alphablend.h"
 #include "lcd_blan.h"
-#include "rectangl.h"
 #include "text_fixture.h"
 
 namespace {
@@ -81,7 +80,7 @@ TEST_F(TextTest, WhiteTextShowsWhiteOnTheFrontLayerWhereWhiteWouldPunchHoles)
                                       LAYER2, colour);
         FTFBlitTextBox(&box, "88");
         std::vector<U16> page(320 * 240);
-        _merge_layers_compose(page.data());
+        LayerMergerTestCompose(page.data());
         return page;
     };
     const std::vector<U16> text = compose(WHITE_TEXT);
@@ -112,7 +111,7 @@ TEST_F(TextTest, NothingToDrawReturnsBeforeAnyBookkeeping)
     unknown.FontIndex = 0xFFFFFFFF;
     EXPECT_EQ(FTFBlitTextBoxExEle(7, &unknown, "Text", 100), 0u);
     EXPECT_EQ(FTFBlitTextBoxExEle(8, nullptr, "Text", 100), 0u);
-    _FTFDone();
+    FTFTestDone();
     EXPECT_EQ(FTFBlitTextBoxExEle(9, &box, "Text", 100), 0u) << "before FTFInit";
     EXPECT_TRUE(CurrentDirty().empty());
     EXPECT_EQ(InkBox(Layer1Buffer).Left, INT32_MAX);
@@ -121,7 +120,7 @@ TEST_F(TextTest, NothingToDrawReturnsBeforeAnyBookkeeping)
     ASSERT_EQ(FTFInit(gpaFreetypeFontData, 6), 0);
     for (U32 id = 0; id < 2000; id++) FTFBlitTextBoxExEle(20000 + id, &box, "Text", 0);
     for (U32 id = 0; id < ELEMENT_POOL_SIZE; id++) ElementUpdate(30000 + id, 0, 0, 1, 1);
-    EXPECT_TRUE(_ElementGetCurRect(30000 + ELEMENT_POOL_SIZE - 1, &r));
+    EXPECT_TRUE(ElementTestGetCurRect(30000 + ELEMENT_POOL_SIZE - 1, &r));
 }
 
 TEST_F(TextTest, AnEmptyStringMakesTheElementKnownWithNothingDrawn)
@@ -133,14 +132,14 @@ TEST_F(TextTest, AnEmptyStringMakesTheElementKnownWithNothingDrawn)
     EXPECT_EQ(FTFBlitTextBoxEle(44, &box, "   "), 3u) << "spaces are glyphs without pixels";
     EXPECT_TRUE(CurrentDirty().empty());
     EXPECT_EQ(InkBox(Layer1Buffer).Left, INT32_MAX);
-    EXPECT_FALSE(_ElementGetCurRect(42, &r)) << "known, but its rectangle is unset";
-    EXPECT_FALSE(_ElementGetCurRect(44, &r));
+    EXPECT_FALSE(ElementTestGetCurRect(42, &r)) << "known, but its rectangle is unset";
+    EXPECT_FALSE(ElementTestGetCurRect(44, &r));
 
     // Its first real picture is not widened by the empty one.
     FontRef ref(0, 24);
     const GLYPH_REF_T a = ref.Glyph('A');
     EXPECT_EQ(FTFBlitTextBoxEle(42, &box, "A"), 1u);
-    ASSERT_TRUE(_ElementGetCurRect(42, &r));
+    ASSERT_TRUE(ElementTestGetCurRect(42, &r));
     const GFX_RECT_T glyph = {10 + a.left, 20 + ref.Ascender() - a.top, 10 + a.left + a.width - 1,
                               20 + ref.Ascender() - a.top + a.rows - 1};
     EXPECT_EQ(r, glyph);
@@ -148,7 +147,7 @@ TEST_F(TextTest, AnEmptyStringMakesTheElementKnownWithNothingDrawn)
     // The element is known: empty draws of 1999 more ids exhaust the pool.
     for (U32 id = 0; id < ELEMENT_POOL_SIZE - 3; id++) FTFBlitTextBoxEle(20000 + id, &box, "");
     ElementUpdate(50000, 0, 0, 1, 1);
-    EXPECT_FALSE(_ElementGetCurRect(50000, &r));
+    EXPECT_FALSE(ElementTestGetCurRect(50000, &r));
 }
 
 TEST_F(TextTest, TrackedTextIsWipedByItsGlyphBoxes)
@@ -159,7 +158,7 @@ TEST_F(TextTest, TrackedTextIsWipedByItsGlyphBoxes)
     outtextxyExEle(77, 20, 30, "rpm", FONT_INDEX_TTARIAL, 12, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, 0, YELLOW, 100, LAYER2);
     const GFX_RECT_T ink = InkBox(Layer2Buffer, ALPHA_COLOR);
     GFX_RECT_T r;
-    ASSERT_TRUE(_ElementGetCurRect(77, &r));
+    ASSERT_TRUE(ElementTestGetCurRect(77, &r));
     EXPECT_EQ(r, ink) << "one element, the union of both texts";
     ElementFlip();
     ElementFillPrevRect(77, ALPHA_COLOR, LAYER2);
@@ -206,7 +205,7 @@ TEST(TextSetFontDeathTest, AFontOutsideTheTableIsAProgrammingError)
     EXPECT_DEATH(NumSetFont(FONT_INDEX_END, 10, LEFT_TXT, 0), "vSetNumFontIndex: Invalid Font Index!");
     TextSetFont(FONT_INDEX_TTMICRO, 10, LEFT_TXT, 0);
     NumSetFont(FONT_INDEX_TTARIAL, 10, LEFT_TXT, 0);
-    _FTFDone();
+    FTFTestDone();
 }
 
 TEST_F(TextTest, DrawTextBoxClearsFramesAndCutsItsText)

@@ -63,7 +63,7 @@ TEST_F(TextTest, EverySizeInUseFitsTheGlyphCacheInEveryFont)
         U32 glyphs = 0;
         for (U32 i = 0; i < text.size(); glyphs++) {
             U32 cp;
-            i += _FTFDecodeUtf8(text.c_str() + i, &cp);
+            i += FTFTestDecodeUtf8(text.c_str() + i, &cp);
         }
         for (U32 size : SIZES_IN_USE) {
             ResetDisplay();

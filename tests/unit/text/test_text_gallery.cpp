@@ -5,8 +5,8 @@
 
 #include "lcd_blan.h"
 #include "line.h"
+#include "b_fill.h"
 #include "png_io.h"
-#include "rectangl.h"
 #include "text_fixture.h"
 
 namespace {
@@ -34,7 +34,7 @@ constexpr SAMPLE_T SAMPLES[6] = {
 U32 Glyphs(const char* s)
 {
     U32 n = 0;
-    for (U32 cp; *s; n++) s += _FTFDecodeUtf8(s, &cp);
+    for (U32 cp; *s; n++) s += FTFTestDecodeUtf8(s, &cp);
     return n;
 }
 
@@ -60,7 +60,7 @@ TEST_F(TextTest, EveryFontAtThreeSizesOnOnePage)
                     MAKERGB565(120, 170, 255), 100, LAYER2);
     }
     std::vector<U16> page(800 * 480);
-    _merge_layers_compose(page.data());
+    LayerMergerTestCompose(page.data());
     // Every band holds yellow digits.
     for (S32 row = 0; row < 6; row++) {
         int yellow = 0;

@@ -196,13 +196,13 @@ TEST(Utf8Decoder, AssemblesCodePointsOfEveryLength)
     };
     for (const auto& c : cases) {
         U32 cp = 0xDEAD;
-        EXPECT_EQ(_FTFDecodeUtf8(c.bytes, &cp), c.length) << c.codePoint;
+        EXPECT_EQ(FTFTestDecodeUtf8(c.bytes, &cp), c.length) << c.codePoint;
         EXPECT_EQ(cp, c.codePoint);
     }
     U32 cp;
     for (const char* bad : {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xF5\x80\x80\x80", "\xFF", "\xC3", "\xC3\xC3",
                             "\xE2\x82", "\xE2\x82(", "\xF0\x9F\x98", "\xF0\x9F\x98\xC0"}) {
-        EXPECT_EQ(_FTFDecodeUtf8(bad, &cp), 0u) << (int)(U8)bad[0];
+        EXPECT_EQ(FTFTestDecodeUtf8(bad, &cp), 0u) << (int)(U8)bad[0];
     }
 }
 

@@ -17,7 +17,7 @@ protected:
     }
     void TearDown() override
     {
-        _FTFDone();
+        FTFTestDone();
         ResetDisplay();
     }
 };

@@ -49,7 +49,7 @@ protected:
     // One pass at `now` with these keys down, then the clock moves on by `step` ms.
     void Pass(U8 code, U32 step = 16)
     {
-        _ButtonBarStep(code, now);
+        ButtonBarTestStep(code, now);
         now += step;
     }
     TestRoot root;
@@ -123,22 +123,22 @@ TEST_F(ButtonBarTest, TimedBarSlidesAwayAndWakesWithoutCallbacks)
     now += 5000;
     Pass(0);  // idle: starts hiding
     std::vector<U32> heights;
-    for (int i = 0; i < 30 && _ButtonBarGet()->state != BUTTONBARSTATE_HIDDEN; i++) {
+    for (int i = 0; i < 30 && ButtonBarTestGet()->state != BUTTONBARSTATE_HIDDEN; i++) {
         Pass(0);
         heights.push_back(GetButtonOverlayHeight());
     }
     EXPECT_EQ(heights.front(), 42u);
     EXPECT_EQ(heights[1], 40u) << "two rows a pass";
     EXPECT_EQ(heights.back(), 0u);
-    EXPECT_EQ(_ButtonBarGet()->state, BUTTONBARSTATE_HIDDEN);
+    EXPECT_EQ(ButtonBarTestGet()->state, BUTTONBARSTATE_HIDDEN);
     // A short press on the hidden bar: a click, no callbacks; the bar opens.
     Pass(KEYMASK_1);
     Pass(0);
     EXPECT_EQ(g_log, "pr");
-    EXPECT_EQ(_ButtonBarGet()->state, BUTTONBARSTATE_SHOWING);
+    EXPECT_EQ(ButtonBarTestGet()->state, BUTTONBARSTATE_SHOWING);
     EXPECT_EQ(root.Read("sys/class/leds/buzzer-pwm/brightness"), "127");
     for (int i = 0; i < 30; i++) Pass(0);
-    EXPECT_EQ(_ButtonBarGet()->state, BUTTONBARSTATE_ACTIVE);
+    EXPECT_EQ(ButtonBarTestGet()->state, BUTTONBARSTATE_ACTIVE);
     EXPECT_EQ(GetButtonOverlayHeight(), 44u);
 }
 
@@ -197,9 +197,9 @@ TEST_F(ButtonBarTest, ResetKeepsHeldKeys)
     ButtonBarRegisterKeyReleaseCallback(KEYINDEX_4, Cb<'r'>);
     ButtonBarReset();
     EXPECT_TRUE(ButtonBarIsKeyPressed(KEYINDEX_4));
-    EXPECT_EQ(_ButtonBarGet()->state, BUTTONBARSTATE_DISABLED);
-    EXPECT_EQ(_ButtonBarGet()->keys[0].fontSize, 10u);
-    EXPECT_EQ(_ButtonBarGet()->keys[0].fontColour, WHITE_TEXT);
+    EXPECT_EQ(ButtonBarTestGet()->state, BUTTONBARSTATE_DISABLED);
+    EXPECT_EQ(ButtonBarTestGet()->keys[0].fontSize, 10u);
+    EXPECT_EQ(ButtonBarTestGet()->keys[0].fontColour, WHITE_TEXT);
 }
 
 TEST_F(ButtonBarTest, KeypadLinesAreActiveLowAndUnreadableMeansPressed)
