@@ -201,8 +201,10 @@ std::string imgconv_name(const char* path, std::string* name)
     for (const char* word : m_keywords) {
         if (base == word) return std::string(path) + ": `" + base + "` is a reserved word";
     }
-    // The records live in the global namespace, where these belong to the compiler.
-    if (base[0] == '_' || base.find("__") != std::string::npos) {
+    // The records live in the global namespace, where a leading underscore belongs to
+    // the compiler. A double one inside stays: the dash's own names have them
+    // (image__EYpb), and the compiler defines no name of that shape.
+    if (base[0] == '_') {
         return std::string(path) + ": `" + base + "` is a reserved identifier";
     }
     return "";
