@@ -186,10 +186,11 @@ def arrow_back():
     )
 
 
-def key_face(symbol, pressed):
-    c = Canvas(KEY_W, KEY_H)
-    c.fill(rounded_rect(*FACE, FACE_RADIUS), BORDER_DOWN if pressed else BORDER_UP)
-    l, t, r, b = FACE
+def key_face(symbol, pressed, height=KEY_H):
+    """A key face of KEY_W x height: the face keeps a 2-pixel black margin all round."""
+    c = Canvas(KEY_W, height)
+    l, t, r, b = FACE[0], FACE[1], FACE[2], height - (KEY_H - FACE[3])
+    c.fill(rounded_rect(l, t, r, b, FACE_RADIUS), BORDER_DOWN if pressed else BORDER_UP)
     c.fill(rounded_rect(l + BORDER, t + BORDER, r - BORDER, b - BORDER, FACE_RADIUS - BORDER),
            FACE_DOWN if pressed else FACE_UP)
     if symbol is not None:
