@@ -19,6 +19,7 @@ BOOL m_bWatchdogEnabled = FALSE;
 // The magic close: the device's driver stops the timer instead of resetting.
 void _closeMagic(void)
 {
+    m_bWatchdogEnabled = FALSE;
     if (m_fileHandle < 0) return;
     const ssize_t n = write(m_fileHandle, "V", 1);
     (void)n;

@@ -30,11 +30,9 @@ void _call(HOTAREACALLBACK_T f, void* pData)
 
 }  // namespace
 
-void HotAreaProcess(void)
+// One pass over the areas with this sample at uptime `now`.
+static void _hotAreaStep(TOUCHSTATE_T touch, U32 now)
 {
-    if (PlatformHasTouch() <= 0) return;
-    TOUCHSTATE_T touch;
-    touch_get_state(&touch);
     if (isLcdFlipped()) {
         touch.x = (S32)gScreenWidth - 1 - touch.x;
         touch.y = (S32)gScreenHeight - 1 - touch.y;
@@ -42,7 +40,6 @@ void HotAreaProcess(void)
     const bool changed = touch.state != m_lastState;
     m_lastState = touch.state;
     bool pressTaken = false;
-    const U32 now = get_uptime_milliseconds();
     // The area made last lies on top.
     for (S32 i = HOTAREA_MAX - 1; i >= 0; i--) {
         HOTAREA_T& a = m_hotAreas[i];
@@ -77,6 +74,19 @@ void HotAreaProcess(void)
             _call(a.pClickedFunc, a.pData);
         }
     }
+}
+
+void HotAreaProcess(void)
+{
+    if (PlatformHasTouch() <= 0) return;
+    TOUCHSTATE_T touch;
+    touch_get_state(&touch);
+    _hotAreaStep(touch, get_uptime_milliseconds());
+}
+
+void HotAreaTestStep(const TOUCHSTATE_T* touch, U32 now)
+{
+    if (touch) _hotAreaStep(*touch, now);
 }
 
 void HotAreaResetAll(void)

@@ -1,6 +1,7 @@
 #pragma once
 // Rectangles of a touch screen with press, release, hold and clicked callbacks.
 #include "gfx_types.h"
+#include "touch_drv.h"
 
 constexpr S32 HOTAREA_MAX = 200;
 typedef S32 HOTAREAHANDLE_T;  // the table index; -1 for none
@@ -36,3 +37,7 @@ void HotAreaSetCallbackData(HOTAREAHANDLE_T handle, void* pData);
 void* HotAreaGetCallbackData(HOTAREAHANDLE_T handle);
 void HotAreaDebugEnable(BOOL enable);
 BOOL HotAreaIsDebugEnabled(void);
+
+// Test hooks: for tests and benchmarks only, never called by the dash.
+// One pass with a given touch sample (as the touch driver reports it) and uptime.
+void HotAreaTestStep(const TOUCHSTATE_T* touch, U32 now);

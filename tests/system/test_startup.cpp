@@ -18,12 +18,18 @@ struct Change {
     uint16_t colour;
 };
 
-// Watches the centre of the page on show for `ms` and lists the colour changes.
-std::vector<Change> WatchColours(const DeviceRoot& root, int ms)
+// A sanitizer build on a busy machine starts and stops slowly: these bound a hang, not
+// the speed.
+constexpr int START_MS = 20000;
+constexpr int EXIT_MS = 10000;
+
+// Watches the centre of the page on show for up to `ms`, or until `count` colour
+// changes, and lists them.
+std::vector<Change> WatchColours(const DeviceRoot& root, int ms, size_t count = SIZE_MAX)
 {
     std::vector<Change> changes;
     const int64_t end = NowMs() + ms;
-    while (NowMs() < end) {
+    while (NowMs() < end && changes.size() < count) {
         FramebufferView fb(root.Path());
         if (fb.Valid()) {
             const uint16_t c = fb.Pixel(fb.Header().xres / 2, fb.Header().yres / 2);
@@ -44,21 +50,26 @@ void ExpectCleanExit(Process& dash, int withinMs)
     EXPECT_EQ(out.substr(out.size() >= 12 ? out.size() - 12 : 0), "Shutdown...\n") << out;
 }
 
+// Red and white by turns, every half second. One gap seen from outside may be off by
+// the watcher's own delays on a busy machine; the mean of several holds the period.
 void ExpectFlashing(const DeviceRoot& root)
 {
     Process dash(BinPath("motordash"), root.Path().c_str());
-    const std::vector<Change> changes = WatchColours(root, 1800);
-    ASSERT_GE(changes.size(), 3u);
+    const std::vector<Change> changes = WatchColours(root, START_MS, 5);
+    ASSERT_EQ(changes.size(), 5u);
     for (size_t i = 0; i < changes.size(); i++) {
         EXPECT_EQ(changes[i].colour, i % 2 == 0 ? RED : WHITE) << "change " << i;
         if (i > 0) {
             const int64_t gap = changes[i].atMs - changes[i - 1].atMs;
-            EXPECT_GE(gap, 400) << "change " << i;
-            EXPECT_LE(gap, 650) << "change " << i;
+            EXPECT_GE(gap, 250) << "change " << i;
+            EXPECT_LE(gap, 1500) << "change " << i;
         }
     }
+    const double mean = (changes.back().atMs - changes.front().atMs) / 4.0;
+    EXPECT_GE(mean, 450);
+    EXPECT_LE(mean, 700);
     ASSERT_TRUE(dash.Signal(SIGTERM));
-    ExpectCleanExit(dash, 1500);
+    ExpectCleanExit(dash, EXIT_MS);
 }
 
 TEST(StartGate, OldRootFileSystemFlashesRedAndWhite)
@@ -81,14 +92,17 @@ struct TaskStat {
     double Rate() const { return last > first ? (passes - 1) * 1000.0 / (last - first) : 0.0; }
 };
 
+// Runs the probe for `ms` from the start of its tasks, which follows the set-up of the
+// second CAN port.
 std::vector<TaskStat> RunProbe(const DeviceRoot& root, int ms)
 {
     Process dash(BinPath("motordash-probe"), root.Path().c_str());
+    EXPECT_TRUE(dash.WaitForOutput("Bit-timing for can1", START_MS)) << dash.Stdout();
     usleep(ms * 1000);
     EXPECT_TRUE(dash.Signal(SIGTERM));
     const int64_t termAt = NowMs();
-    ExpectCleanExit(dash, 1000);
-    EXPECT_LT(NowMs() - termAt, 1000);
+    ExpectCleanExit(dash, EXIT_MS);
+    EXPECT_LT(NowMs() - termAt, 3000) << "a running dash ends promptly";
     std::vector<TaskStat> stats;
     FILE* f = fopen(root.Abs("tmp/task-stats.txt").c_str(), "r");
     if (!f) return stats;
@@ -110,26 +124,29 @@ TEST(StartGate, NewestVersionsAtTheLimitStartTheApplication)
     EXPECT_EQ(fb.Pixel(10, 10), 0) << "no flashing";
 }
 
+// The foreground task runs on every tick, so its passes are the dash's own clock: the
+// other tasks are counted against it exactly. Against the wall clock a tick can come
+// late or, on a busy machine, be lost, but never come early.
 TEST(Tasks, RunAtTheirTruePeriods)
 {
     DeviceRoot root;
     const std::vector<TaskStat> stats = RunProbe(root, 3300);
     ASSERT_EQ(stats.size(), 3u);
-    EXPECT_NEAR(stats[0].Rate(), 100.0, 8.0) << "Thread_Foreground, every 10 ms";
-    EXPECT_NEAR(stats[1].Rate(), 50.0, 4.0) << "Thread_Foregroundx5, every 20 ms";
-    EXPECT_GE(stats[2].passes, 3u);
-    EXPECT_NEAR(stats[2].Rate(), 1.0, 0.08) << "Thread_Second, every second";
-    // Two foreground passes for each of the log writer's.
-    EXPECT_NEAR((double)stats[0].passes / stats[1].passes, 2.0, 0.05);
+    const unsigned ticks = stats[0].passes;
+    ASSERT_GE(ticks, 200u);
+    EXPECT_NEAR(stats[1].passes, ticks / 2, 1) << "Thread_Foregroundx5, every second tick";
+    EXPECT_NEAR(stats[2].passes, ticks / 100, 1) << "Thread_Second, every 100th tick";
+    EXPECT_LE(stats[0].Rate(), 102.0) << "ticks of 10 ms";
+    EXPECT_GE(stats[0].Rate(), 75.0);
 }
 
 TEST(Process, PrintsItsPlatformAndEndsOnSigterm)
 {
     DeviceRoot root("720");
     Process dash(BinPath("motordash"), root.Path().c_str());
-    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", 10000));
+    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", START_MS));
     ASSERT_TRUE(dash.Signal(SIGTERM));
-    ExpectCleanExit(dash, 1000);
+    ExpectCleanExit(dash, EXIT_MS);
     const std::string out = dash.Stdout();
     EXPECT_EQ(out.rfind("Hardware: Zelvo720\nBootloader Version: 105\nKernel Version: 121\nRootFS Version: 120\n", 0),
               0u)
@@ -141,7 +158,7 @@ TEST(Process, FatalSignalPrintsOneReportAndEndsByIt)
 {
     DeviceRoot root;
     Process dash(BinPath("motordash"), root.Path().c_str());
-    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", 10000));
+    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", START_MS));
     usleep(200000);
     ASSERT_TRUE(dash.Signal(SIGSEGV));
     int status = 0;
@@ -172,10 +189,10 @@ TEST(Process, EmptyRootGivesTheValuesOfMissingSources)
     DeviceRoot root(nullptr);  // an empty folder: no versions, no factory record, no framebuffer
     mkdir(root.Abs("dev").c_str(), 0755);
     Process dash(BinPath("motordash"), root.Path().c_str());
-    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", 10000));
-    const std::vector<Change> changes = WatchColours(root, 700);
+    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", START_MS));
+    const std::vector<Change> changes = WatchColours(root, START_MS, 1);
     ASSERT_TRUE(dash.Signal(SIGTERM));
-    ExpectCleanExit(dash, 1500);
+    ExpectCleanExit(dash, EXIT_MS);
     EXPECT_EQ(dash.Stdout().rfind("Hardware: Zelvo310\nBootloader Version: 1\nKernel Version: 0\nRootFS Version: 0\n", 0),
               0u);
     // The gate fails, and the framebuffer is made for the small panel.
@@ -198,10 +215,10 @@ TEST(Process, JunkInEveryVersionSourceIsSurvived)
     root.Write("usr/sbin/fw_printenv", "#!/bin/sh\nhead -c 50000 /dev/urandom\n", 0755);
     root.Write("dev/fb0", junk);
     Process dash(BinPath("motordash"), root.Path().c_str());
-    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", 10000));
+    ASSERT_TRUE(dash.WaitForOutput("RootFS Version", START_MS));
     usleep(600000);
     ASSERT_TRUE(dash.Signal(SIGTERM));
-    ExpectCleanExit(dash, 1500);
+    ExpectCleanExit(dash, EXIT_MS);
 }
 
 }  // namespace

@@ -148,12 +148,36 @@ std::string _usbInsert(void)
     return "";
 }
 
-// Unmounted: the dash is told through app_command and SIGUSR1.
+// True once the process blocks or catches SIGUSR1. In the first moments after its start
+// the dash has done neither yet, and the signal's default action would end it.
+bool _takesUsr1(pid_t pid)
+{
+    char path[64];
+    snprintf(path, sizeof(path), "/proc/%d/status", (int)pid);
+    FILE* f = fopen(path, "re");
+    if (!f) return false;
+    const unsigned long long bit = 1ULL << (SIGUSR1 - 1);
+    bool takes = false;
+    char line[256];
+    unsigned long long mask = 0;
+    while (fgets(line, sizeof(line), f)) {
+        if (sscanf(line, "SigBlk: %llx", &mask) == 1 || sscanf(line, "SigCgt: %llx", &mask) == 1) {
+            takes = takes || (mask & bit) != 0;
+        }
+    }
+    fclose(f);
+    return takes;
+}
+
+// Unmounted: the dash is told through app_command and SIGUSR1, once it can take it.
 std::string _usbEject(void)
 {
     if (m_sim.stick != STICK_INSERTED) return "no stick to eject";
     if (!_writeFile(_path("app/event/app_command"), "USBSTICK_EJECTREADY")) return "cannot write app/event/app_command";
-    if (m_sim.dash > 0) kill(m_sim.dash, SIGUSR1);
+    if (m_sim.dash > 0) {
+        for (int waited = 0; waited < 5000 && !_takesUsr1(m_sim.dash); waited += 10) usleep(10000);
+        if (_takesUsr1(m_sim.dash)) kill(m_sim.dash, SIGUSR1);
+    }
     m_sim.stick = STICK_EJECTED;
     return "";
 }

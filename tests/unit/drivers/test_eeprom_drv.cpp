@@ -190,13 +190,28 @@ TEST_F(EepromDrvTest, WritesDuringASaveAreFoldedIntoOneMoreSave)
 
 TEST_F(EepromDrvTest, DeinitRightAfterAWriteEnds)
 {
-    // Each round gives the stop a different moment against the thread's wait.
+    // Each round gives the stop a different moment against the thread's wait. Whether
+    // the round's write was saved depends on that moment; what is on flash after the
+    // stop must be a whole image, never older than before, and exactly what the next
+    // start loads: no save may still be running behind the stop.
+    int saved = -1;  // the value on flash, -1 for none yet
     for (int round = 0; round < 20; round++) {
         eeprom_init();
+        EXPECT_EQ(Image()[0], saved < 0 ? '\xFF' : (char)saved) << "round " << round;
         Write(0, std::string(1, (char)round));
         eeprom_deinit();
+        bool exists = false;
+        const std::string file = ReadFile(root.Abs(current), &exists);
+        if (!exists) {
+            ASSERT_EQ(saved, -1) << "round " << round;
+            continue;
+        }
+        ASSERT_EQ(file.size(), (size_t)EEPROM_SIZE) << "round " << round;
+        ASSERT_TRUE(file[0] == (char)round || file[0] == (char)saved) << "round " << round << ": " << (int)file[0];
+        saved = file[0];
     }
     eeprom_init();
+    EXPECT_EQ(Image()[0], saved < 0 ? '\xFF' : (char)saved);
     eeprom_deinit();
     eeprom_deinit();  // a second stop is harmless
 }

@@ -166,18 +166,36 @@ TEST_F(SysinfoTest, FailedReadsAreRetriedButTheBootloaderIsNot)
 
 TEST_F(SysinfoTest, BinaryJunkInEverySource)
 {
+    // NUL, control and high bytes: no digit, '-', '_' or line end anywhere.
     std::string junk;
-    for (int i = 0; i < 4096; i++) junk += (char)(i * 131 + 7);
+    for (int i = 0; i < 4096; i++) junk += i % 7 == 3 ? '\0' : (char)(0x80 | (i * 131 + 7));
     root.Write("etc/VERSION", junk);
     root.Write("proc/sys/kernel/osrelease", junk);
     root.Write("sys/uid/otp/id.bin", junk);
-    root.Write("usr/sbin/fw_printenv", "#!/bin/sh\nhead -c 100000 /dev/urandom\n", 0755);
-    GetPlatformRootFSVersion();
-    GetPlatformOSVersion();
-    GetPlatformBootloaderVersion();
+    root.Write("junk", junk);
+    root.Write("usr/sbin/fw_printenv", "#!/bin/sh\nfor i in 1 2 3 4 5 6 7 8; do cat '" + root.Abs("junk") + "'; done\n", 0755);
+    EXPECT_EQ(GetPlatformRootFSVersion(), 0u);
+    EXPECT_EQ(GetPlatformOSVersion(), 0);
+    EXPECT_EQ(GetPlatformBootloaderVersion(), 1u);
+    // The factory record is any 16 bytes: its serial is taken, its product is unknown.
+    const auto u8 = [&](int i) { return (U32)(unsigned char)junk[i]; };
+    EXPECT_EQ(GetPlatformProductSerial(), u8(0) | u8(1) << 8 | u8(2) << 16 | u8(3) << 24);
     PLATFORM_INFO_T info;
     GetPlatformInfo(&info);
-    SUCCEED();
+    EXPECT_EQ(info.platform, (U32)PLATFORM_UNKNOWN);
+    EXPECT_EQ(info.width, 0u);
+    EXPECT_EQ(info.touch, 0u);
+    EXPECT_FALSE(PlatformHasTouch());
+
+    // A version behind the junk is out of reach: only the first line, and of the
+    // root file system only its first bytes, are looked at.
+    PlatformSysinfoTestReset();
+    root.Write("etc/VERSION", junk.substr(0, 3) + "101\n");
+    root.Write("proc/sys/kernel/osrelease", junk + "-77\n");
+    root.Write("usr/sbin/fw_printenv", "#!/bin/sh\ncat '" + root.Abs("junk") + "'; echo; echo x_12\n", 0755);
+    EXPECT_EQ(GetPlatformRootFSVersion(), 0u);
+    EXPECT_EQ(GetPlatformOSVersion(), 0);
+    EXPECT_EQ(GetPlatformBootloaderVersion(), 1u);
 }
 
 TEST(Memory, UsageFromSysinfo)

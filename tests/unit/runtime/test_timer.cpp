@@ -129,18 +129,37 @@ TEST(TimerService, NotStartedDoesNothing)
 
 TEST(Uptime, ClocksAgreeAndDeltaWraps)
 {
-    const U32 ms = get_uptime_milliseconds();
+    // On the real clock a reading of one clock lies between two readings of another.
+    const U32 ms1 = get_uptime_milliseconds();
     const int64_t us = get_uptime_microseconds();
-    EXPECT_NEAR((double)(us / 1000 % 1000), (double)(ms % 1000), 2.0);
-    EXPECT_NEAR((double)get_uptime_seconds(), (double)(us / 1000000), 1.0);
+    const U32 ms2 = get_uptime_milliseconds();
+    EXPECT_LE((U32)(us / 1000) - ms1, ms2 - ms1) << ms1 << " " << us << " " << ms2;
+    const S32 s1 = get_uptime_seconds();
+    const int64_t us2 = get_uptime_microseconds();
+    const S32 s2 = get_uptime_seconds();
+    EXPECT_LE(s1, us2 / 1000000);
+    EXPECT_GE(s2, us2 / 1000000);
 
-    // A last time just before a wrap of the millisecond clock: the small true difference.
-    U32 last = get_uptime_milliseconds() + (0xFFFFFFFFu - 15u);  // 16 ms ago, modulo 2^32
-    const U32 delta = GetDeltaTime_ms(&last);
-    EXPECT_GE(delta, 16u);
-    EXPECT_LT(delta, 1000u);
-    EXPECT_LT(GetDeltaTime_ms(&last), 1000u);  // last became now
+    // On a set clock all three agree to the unit, each truncating.
+    timer_test_set_clock(1234999999999);
+    EXPECT_EQ(get_uptime_seconds(), 1234);
+    EXPECT_EQ(get_uptime_milliseconds(), 1234999u);
+    EXPECT_EQ(get_uptime_microseconds(), 1234999999);
+
+    // The millisecond clock wraps 2^32 ms (49.7 days) after boot; the delta across it
+    // is the true one.
+    const int64_t wrapNs = 4294967296LL * 1000000;
+    timer_test_set_clock(wrapNs - 16000000);
+    U32 last = 0;
+    GetDeltaTime_ms(&last);
+    EXPECT_EQ(last, 0xFFFFFFF0u);
+    timer_test_set_clock(wrapNs + 16999999);
+    EXPECT_EQ(GetDeltaTime_ms(&last), 32u);
+    EXPECT_EQ(last, 16u);
+    EXPECT_EQ(GetDeltaTime_ms(&last), 0u);
+    EXPECT_EQ(get_uptime_microseconds(), wrapNs / 1000 + 16999);
     EXPECT_EQ(GetDeltaTime_ms(nullptr), 0u);
+    timer_test_set_clock(-1);
 }
 
 }  // namespace
