@@ -1,9 +1,25 @@
 #include "Timer_7Je7r.h"
 
+#include <array>
+
 #include "Velnor_Dorvik_V6c.h"
+#include "can_rx.h"
 #include "can_signals.h"
+#include "fault_table.h"
+#include "iouser.h"
+#include "mmi.h"
+#include "signal_holds.h"
+#include "text_values.h"
+#include "timer_drv.h"
 
 namespace {
+
+// Screen ids of the screen manager.
+constexpr screen_ref SCREEN_QUADS = 0;
+constexpr screen_ref SCREEN_KNOCK = 2;
+constexpr screen_ref SCREEN_FAULTS = 4;
+constexpr screen_ref SCREEN_SYSINFO = 7;
+constexpr screen_ref SCREEN_SPLASH = 8;
 
 // Every received frame, fetched once a pass, in the order of the pass: later steps use
 // what earlier ones decoded in the same pass.
@@ -40,24 +56,181 @@ static_assert([] {
                            std::size(m_signalFrames) + std::size(m_firmwareFrame) + std::size(m_identityFrames);
 }());
 
+constexpr size_t FRAME_121 = CANFrameIndex(0x121);
+constexpr size_t FRAME_104 = CANFrameIndex(0x104);
+
+// The age of each frame at its fetch in this pass, by its place in CAN_FRAMES.
+std::array<uint16_T, CAN_FRAME_COUNT> m_ages = [] {
+    std::array<uint16_T, CAN_FRAME_COUNT> ages{};
+    ages.fill(CAN_AGE_NEVER);
+    return ages;
+}();
+
+// The drawing functions of the gauges by the index of a gauge word. A gauge that is not
+// built draws nothing.
 template <size_t N>
-void _decode(const uint16_T (&frames)[N])
+constexpr std::array<trigger_ref, N> _emptyGauges(void)
 {
-    for (uint16_T id : frames) CANDecodeFrame(id);
+    std::array<trigger_ref, N> gauges{};
+    gauges.fill(trigger_ground);
+    return gauges;
 }
+constexpr std::array<trigger_ref, QUAD_GAUGE_COUNT> m_quadGauges = _emptyGauges<QUAD_GAUGE_COUNT>();
+constexpr std::array<trigger_ref, LARGE_GAUGE_COUNT> m_largeGauges = _emptyGauges<LARGE_GAUGE_COUNT>();
+constexpr trigger_ref m_doubleWide = trigger_ground;
+constexpr trigger_ref m_doubleTall = trigger_ground;
+
+constexpr uint8_T PROFILE_COUNT = 3;
+
+// A step's frames by their places in CAN_FRAMES, found when the program is built.
+template <size_t N>
+struct FRAME_STEP_T {
+    uint16_T id[N];
+    uint8_T index[N];
+};
+template <size_t N>
+constexpr FRAME_STEP_T<N> _step(const uint16_T (&frames)[N])
+{
+    FRAME_STEP_T<N> step{};
+    for (size_t i = 0; i < N; i++) {
+        step.id[i] = frames[i];
+        step.index[i] = (uint8_T)CANFrameIndex(frames[i]);
+    }
+    return step;
+}
+constexpr auto m_logStep = _step(m_logFrame);
+constexpr auto m_egtKnockStep = _step(m_egtKnockFrames);
+constexpr auto m_faultStep = _step(m_faultFrames);
+constexpr auto m_signalStep = _step(m_signalFrames);
+constexpr auto m_firmwareStep = _step(m_firmwareFrame);
+constexpr auto m_identityStep = _step(m_identityFrames);
 
 }  // namespace
 
-void Timer_7Je7r(void)
+template <size_t N>
+static void _decode(const FRAME_STEP_T<N>& step)
 {
-    _decode(m_logFrame);
-    _decode(m_egtKnockFrames);
-    _decode(m_faultFrames);
-    B.Age = CANFrameAge(0x121);
-    _decode(m_signalFrames);
-    B.Age_f = CANFrameAge(0x104);
-    _decode(m_firmwareFrame);
-    _decode(m_identityFrames);
+    for (size_t i = 0; i < N; i++) {
+        m_ages[step.index[i]] = CANDecodeFrame(step.id[i]);
+        SignalHoldsAfterFrame(step.index[i]);
+    }
+}
+
+// Screen numbers, gauge functions and text pointers: the same on every pass.
+static void _constants(void)
+{
+    B.SysInfo = SCREEN_SYSINFO;
+    B.Faults = SCREEN_FAULTS;
+    B.Knock = SCREEN_KNOCK;
+    B.QuadsScreen = SCREEN_QUADS;
+    for (size_t i = 0; i < QUAD_GAUGE_COUNT; i++) B.QuadGauge[i] = m_quadGauges[i];
+    for (size_t i = 0; i < LARGE_GAUGE_COUNT; i++) B.LargeGauge[i] = m_largeGauges[i];
+    B.RPM_f = m_doubleWide;
+    B.tall = m_doubleTall;
+    TextValuesSetPointers();
+    FaultTableSetPointers();
+}
+
+// The page shown and the profile it comes from. A profile outside 1 to 3 keeps the page
+// count that was last set.
+static void _profile(void)
+{
+    const EEVariables_T& ee = EEVariables_RAMShadow;
+    B.CURRENT_QUAD_SCREEN = ee.CURRENT_QUAD_SCREEN;
+    B.ID_j = ee.USER_PROFILE;
+    if (ee.USER_PROFILE >= 1 && ee.USER_PROFILE <= PROFILE_COUNT)
+        B.ProfileGaugeCount = ee.PROFILE_GAUGE_COUNT[ee.USER_PROFILE - 1];
+}
+
+// The gauge words of the four cells of the page shown: a profile outside 1 to 3 shows the
+// build's default profile, a page of 0 reads page 1 and one above the last the last.
+static void _gaugeWords(void)
+{
+    const EEVariables_T& ee = EEVariables_RAMShadow;
+    const uint16_T(*profile)[PROFILE_PAGES] = CONSTVariables.PROFILE_DEFAULT;
+    if (ee.USER_PROFILE == 1) profile = ee.PROFILE_1;
+    if (ee.USER_PROFILE == 2) profile = ee.PROFILE_2;
+    if (ee.USER_PROFILE == 3) profile = ee.PROFILE_3;
+    const uint16_T* words = &profile[0][0];
+    int page = ee.CURRENT_QUAD_SCREEN;
+    if (page < 1) page = 1;
+    if (page > PROFILE_PAGES) page = PROFILE_PAGES;
+    const uint16_T* cell = words + (page - 1) * PROFILE_CELLS;
+    uint8_T* const ids[PROFILE_CELLS] = {&B.ID, &B.ID_f, &B.ID_fr, &B.ID_frt};
+    uint8_T* const types[PROFILE_CELLS] = {&B.Type, &B.Type_j, &B.Type_j3, &B.Type_j3w};
+    for (int i = 0; i < PROFILE_CELLS; i++) {
+        *ids[i] = (uint8_T)(cell[i] & 0xFF);
+        *types[i] = (uint8_T)(cell[i] >> 8);
+    }
+}
+
+// The keys of the current screen: each screen's block tests the current screen id itself
+// and keeps its own edge detectors. No screen reads its keys here yet.
+static void _screenKeys(void)
+{
+}
+
+static void _pass(uint32_T nowMs)
+{
+    const real_T now = nowMs;
+
+    _decode(m_logStep);
+    _decode(m_egtKnockStep);
+    _decode(m_faultStep);
+    B.Age = m_ages[FRAME_121];
+    _decode(m_signalStep);
+    B.Age_f = m_ages[FRAME_104];
+
+    RAMVariables.LoggBitActive = B.Start_Log != 0;
+    RAMVariables.ValetMode = B.Valet_Mode != 0;
+    RAMVariables.ValetMode2 = B.Valet_Mode2 != 0;
+
+    _decode(m_firmwareStep);
+    // The copies that the tool reads; the holds' gates of the next pass read them too.
+    SignalHoldsToRAMVariables();
+    RAMVariables.MAP = B.MAP_p;
+    RAMVariables.TPS = B.TPS_g;
+    RAMVariables.MIL = B.MIL;
+    RAMVariables.RPM = (real32_T)B.RPM;
+    RAMVariables.Time_Since_Run = (real32_T)B.TimeSinceRun;
+
+    _decode(m_identityStep);
+
+    // Output 1 off and output 2 on for as long as the dash runs.
+    bSetIODigOutput(DIG_OUT_CHANNEL_1, 0);
+    bSetIODigOutput(DIG_OUT_CHANNEL_2, 1);
+
+    // The splash on top, whatever the start did.
+    if (!DWork.UnitDelay_DSTATE_nf) MMIScreenGoto(SCREEN_SPLASH);
+
+    _constants();
+    _profile();
+    TextValuesUpdate(now, m_ages.data());
+    _gaugeWords();
+    TextValuesUnits();
+    TextValuesOnOff(now, m_ages.data());
+
+    _screenKeys();
 
     CANSettingsFrameUpdate();
+
+    SignalHoldsToState();
+    DWork.UnitDelay_DSTATE_e2c = nowMs;
+    DWork.UnitDelay_DSTATE_nf = 1;
+}
+
+void Timer_7Je7r(void)
+{
+    _pass(get_uptime_milliseconds());
+}
+
+void Timer_7Je7rInit(void)
+{
+    _constants();
+    TextValuesInit();
+}
+
+void Timer_7Je7rTestPass(uint32_T nowMs)
+{
+    _pass(nowMs);
 }
