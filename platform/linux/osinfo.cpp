@@ -11,3 +11,8 @@ int osinfo_release(char* buf, size_t size)
     snprintf(buf, size, "%s", u.release);
     return 1;
 }
+
+void osinfo_uptime(struct timespec* ts)
+{
+    clock_gettime(CLOCK_MONOTONIC, ts);
+}

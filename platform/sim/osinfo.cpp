@@ -17,3 +17,25 @@ int osinfo_release(char* buf, size_t size)
     buf[strcspn(buf, "\r\n")] = '\0';
     return 1;
 }
+
+namespace {
+
+struct timespec _monotonic(void)
+{
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return ts;
+}
+
+// The simulated device's power-on: the program's load.
+const struct timespec m_powerOn = _monotonic();
+
+}  // namespace
+
+void osinfo_uptime(struct timespec* ts)
+{
+    const struct timespec now = _monotonic();
+    int64_t ns = (int64_t)(now.tv_sec - m_powerOn.tv_sec) * 1000000000 + (now.tv_nsec - m_powerOn.tv_nsec);
+    ts->tv_sec = (time_t)(ns / 1000000000);
+    ts->tv_nsec = (long)(ns % 1000000000);
+}

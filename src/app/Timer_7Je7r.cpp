@@ -1,5 +1,7 @@
 #include "Timer_7Je7r.h"
 
+#include "navigation.h"
+
 #include <array>
 
 #include "Velnor_Dorvik_V6c.h"
@@ -14,12 +16,6 @@
 
 namespace {
 
-// Screen ids of the screen manager.
-constexpr screen_ref SCREEN_QUADS = 0;
-constexpr screen_ref SCREEN_KNOCK = 2;
-constexpr screen_ref SCREEN_FAULTS = 4;
-constexpr screen_ref SCREEN_SYSINFO = 7;
-constexpr screen_ref SCREEN_SPLASH = 8;
 
 // Every received frame, fetched once a pass, in the order of the pass: later steps use
 // what earlier ones decoded in the same pass.
@@ -119,10 +115,10 @@ static void _decode(const FRAME_STEP_T<N>& step)
 // Screen numbers, gauge functions and text pointers: the same on every pass.
 static void _constants(void)
 {
-    B.SysInfo = SCREEN_SYSINFO;
-    B.Faults = SCREEN_FAULTS;
-    B.Knock = SCREEN_KNOCK;
-    B.QuadsScreen = SCREEN_QUADS;
+    B.SysInfo = SCREENID_SYSINFO;
+    B.Faults = SCREENID_FAULTS;
+    B.Knock = SCREENID_KNOCK;
+    B.QuadsScreen = SCREENID_QUAD;
     for (size_t i = 0; i < QUAD_GAUGE_COUNT; i++) B.QuadGauge[i] = m_quadGauges[i];
     for (size_t i = 0; i < LARGE_GAUGE_COUNT; i++) B.LargeGauge[i] = m_largeGauges[i];
     B.RPM_f = m_doubleWide;
@@ -165,9 +161,10 @@ static void _gaugeWords(void)
 }
 
 // The keys of the current screen: each screen's block tests the current screen id itself
-// and keeps its own edge detectors. No screen reads its keys here yet.
+// and keeps its own edge detectors.
 static void _screenKeys(void)
 {
+    NavigationKeys();
 }
 
 static void _pass(uint32_T nowMs)
@@ -201,7 +198,7 @@ static void _pass(uint32_T nowMs)
     bSetIODigOutput(DIG_OUT_CHANNEL_2, 1);
 
     // The splash on top, whatever the start did.
-    if (!DWork.UnitDelay_DSTATE_nf) MMIScreenGoto(SCREEN_SPLASH);
+    if (!DWork.UnitDelay_DSTATE_nf) MMIScreenGoto(SCREENID_SPLASH);
 
     _constants();
     _profile();

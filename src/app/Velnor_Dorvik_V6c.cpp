@@ -7,6 +7,7 @@
 #include "Timer_7Je7r.h"
 #include "can_ports.h"
 #include "log_columns.h"
+#include "navigation.h"
 #include "text_format.h"
 
 real_T rtInf;
@@ -39,6 +40,7 @@ void Velnor_Dorvik_V6c_initialize(void)
 
     // Screen numbers, gauge functions and texts are in place before any screen reads them.
     Timer_7Je7rInit();
+    NavigationRegisterScreens();
 
     start_CAN_285279__0022();
     start_CAN_285280__0051();

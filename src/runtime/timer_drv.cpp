@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "multithread.h"
+#include "osinfo.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ static struct timespec _monotonic(void)
         ts.tv_nsec = (long)(testNs % 1000000000);
         return ts;
     }
-    clock_gettime(CLOCK_MONOTONIC, &ts);
+    osinfo_uptime(&ts);
     return ts;
 }
 

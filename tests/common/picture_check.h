@@ -18,3 +18,6 @@ std::string ReferencePicturePath(const std::string& name);
 
 // True while the stored pictures are being rewritten.
 bool UpdatingPictures();
+// True when MatchesPicture would store NAME rather than compare with it: while the
+// pictures are being rewritten, the first time this run.
+bool RewritingPicture(const std::string& name);

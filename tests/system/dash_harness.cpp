@@ -234,7 +234,7 @@ std::vector<uint16_t> FramebufferView::Page() const
     if (!fb.Valid()) return ::testing::AssertionFailure() << "no framebuffer in " << root;
     const uint32_t w = fb.Header().xres, h = fb.Header().yres;
     const int64_t end = NowMs() + timeoutMs;
-    if (UpdatingPictures()) {
+    if (RewritingPicture(name)) {
         std::vector<uint16_t> last = fb.Page();
         int64_t stableSince = NowMs();
         while (NowMs() < end && NowMs() - stableSince < 500) {

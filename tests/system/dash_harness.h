@@ -1,6 +1,7 @@
 #pragma once
 // System tests run the real programs in a temporary device root and look at what a
 // user would see: the page on the simulated framebuffer, the output, the files.
+#include <csignal>
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
@@ -77,7 +78,8 @@ private:
 
 // Waits up to `timeoutMs` for the page on show in `root` to equal the reference picture
 // NAME, and reports the last difference when it never does. While the pictures are
-// being rewritten, stores the page once it has stayed the same for half a second.
+// being rewritten, stores the page once it has stayed the same for half a second (the
+// first time this run; a later look compares).
 ::testing::AssertionResult PageMatchesPicture(const std::string& root, const std::string& name, int timeoutMs = 5000);
 
 // Monotonic milliseconds.

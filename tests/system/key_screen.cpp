@@ -1,5 +1,6 @@
 // Linked into motordash-keytest: the real program, and after its start-up one test
 // screen with a visible button bar whose keys light up a square each while pressed.
+#include "Velnor_Dorvik_V6c.h"
 #include "buttonbar.h"
 #include "images.h"
 #include "lcd_blan.h"
@@ -59,10 +60,20 @@ void _create(void)
 void _realQuorinInit(void) __asm__("__real__Z10QuorinInitv");
 void _testQuorinInit(void) __asm__("__wrap__Z10QuorinInitv");
 
-// The program's start-up, then the test screen on top.
+// The test screen takes over from the splash once the first foreground pass has put
+// the splash on top.
+static void _takeOver(void)
+{
+    static bool done = false;
+    if (done || !DWork.UnitDelay_DSTATE_nf) return;
+    done = true;
+    MMIScreenGoto(TEST_SCREEN_ID);
+}
+
+// The program's start-up, then the test screen.
 void _testQuorinInit(void)
 {
     _realQuorinInit();
     MMIRegisterScreen(TEST_SCREEN_ID, nullptr, _create, nullptr, nullptr);
-    MMIScreenGoto(TEST_SCREEN_ID);
+    MMIRegisterCallback(MMICALLBACKTYPE_PREPROCESS, _takeOver);
 }

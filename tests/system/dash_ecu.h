@@ -1,0 +1,81 @@
+#pragma once
+// What a screen test puts around a dash: a settings file in a chosen state, and an
+// engine controller that sends fixed frames on the virtual bus.
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "crc.h"
+#include "dash_harness.h"
+#include "data.h"
+
+// The settings file of the dash: the factory record with `change` applied, its check
+// word mended, as the store keeps it.
+inline void WriteSettings(const DeviceRoot& root, const std::function<void(EEVariables_T&)>& change)
+{
+    EEVariables_T record = EEVariables_DEFAULT;
+    change(record);
+    record.uiCRC = uiCrcCalculation(reinterpret_cast<const U8*>(&record) + 4, sizeof(record) - 4);
+    std::string image(32768, '\xFF');
+    memcpy(image.data(), &record, sizeof(record));
+    root.Write("app/data/config/motordash-eeprom.dat", image);
+}
+
+// The virtual bus of a root, and an engine controller on it that sends each of its
+// frames ("107#FFFD...") every 100 ms until Stop or the end of the object, 10 ms apart
+// as an ECU spreads them. Frames of one id that take turns ("122#00...|122#01...") go
+// one a period: two in one pass of the dash would leave only the second.
+class EcuOnBus {
+public:
+    explicit EcuOnBus(const DeviceRoot& root) : root_(root)
+    {
+        bus_ = std::make_unique<Process>(BinPath("motordash-can"), nullptr, std::vector<std::string>{"bus", root.Path()});
+        ok_ = bus_->WaitForOutput("serving", 10000);
+    }
+    ~EcuOnBus()
+    {
+        Stop();
+        if (bus_) bus_->Signal(SIGTERM);
+    }
+    bool Ok() const { return ok_; }
+    // Sends the frames every 100 ms for `seconds`.
+    void Send(const std::vector<std::string>& frames, int seconds = 120)
+    {
+        Stop();
+        std::string log;
+        char line[64];
+        for (int tick = 0; tick < seconds * 10; tick++) {
+            for (size_t i = 0; i < frames.size(); i++) {
+                const int us = (tick % 10) * 100000 + (int)(i % 10) * 10000;
+                std::vector<std::string> turns;
+                for (size_t at = 0, bar; at <= frames[i].size(); at = bar + 1) {
+                    bar = frames[i].find('|', at);
+                    if (bar == std::string::npos) bar = frames[i].size();
+                    turns.push_back(frames[i].substr(at, bar - at));
+                }
+                const std::string& frame = turns[(size_t)tick % turns.size()];
+                snprintf(line, sizeof(line), "(%d.%06d) can0 %s\n", 1000 + tick / 10, us, frame.c_str());
+                log += line;
+            }
+        }
+        root_.Write("tmp/ecu.log", log);
+        player_ = std::make_unique<Process>(BinPath("motordash-can"), nullptr,
+                                            std::vector<std::string>{"play", root_.Path(), root_.Abs("tmp/ecu.log")});
+    }
+    void Stop()
+    {
+        if (!player_) return;
+        player_->Signal(SIGTERM);
+        int status = 0;
+        player_->Wait(5000, &status);
+        player_.reset();
+    }
+
+private:
+    const DeviceRoot& root_;
+    std::unique_ptr<Process> bus_;
+    std::unique_ptr<Process> player_;
+    bool ok_ = false;
+};
