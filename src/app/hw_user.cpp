@@ -3,9 +3,13 @@
 #include "Timer_7Je7r.h"
 #include "Velnor_Dorvik_V6c.h"
 #include "can_ports.h"
+#include "can_rx.h"
 #include "data.h"
 #include "settings.h"
 #include "timer_drv.h"
+#include "xcp_can.h"
+#include "xcp_core.h"
+#include "xcp_target.h"
 
 volatile U8 app_is_in_shutdown = 0;
 
@@ -47,7 +51,8 @@ void Thread_Foreground(void)
         Velnor_Dorvik_V6c_step();
         Timer_7Je7r();
     }
-    // Two blocks: the calibration link's timed trigger goes between them and runs in shutdown too.
+    // The calibration link runs in shutdown too.
+    Timed_Trigger_XCP();
     if (!app_is_in_shutdown) {
         UpdatePeriodicCanTx_285279__0022();
         UpdatePeriodicCanTx_285280__0051();
@@ -95,6 +100,9 @@ void QuorinInit(void)
     App_EE_Init();
     initCONSTVariables(&CONSTVariables);
     initRAMEditVariables(&RAMEditVariables);
+    Xcp_Initialize();
+    // A tool's commands are answered on the main thread as their frames come in.
+    CANSetXcpHandlers(XcpCan_RxCallback, Xcp_CmdProcessor);
     Velnor_Dorvik_V6c_initialize();
     App_Startup();
     for (const TASK_ROW_T& row : m_taskTable) timer_register(row.task, row.delay_ms, row.period_ms);

@@ -1,0 +1,34 @@
+#pragma once
+// What the dash supplies to its XCP slave: the frames out on port 1, the slave's
+// identification, addresses, the clock, and the store of a resumable DAQ setup (which
+// this dash does not keep). The memory callbacks are in xcp_map.
+#include "xcp_can.h"
+#include "xcp_types.h"
+
+// Sends one frame: bit 31 of msgId marks a 29-bit identifier. Tells the transport at
+// once that the frame is on its way; whether it reached the socket is not looked at.
+void XcpApp_CanTransmit(XcpCan_MsgObjId_t msgObjId, U32 msgId, U8 numBytes, U8* bytes);
+
+// The slave's identification: the texts and values of CONSTVariables by their XCP
+// addresses.
+extern const Xcp_SlaveId_t Xcp_SlaveIds[XCP_NUM_SESSIONS];
+extern const Xcp_Addr_t Xcp_IdTableRevPtr;
+
+// The address unchanged; the extension is not used. 0 is taken as invalid by callers.
+Xcp_Addr_t XcpApp_ConvertAddress(U32 address, U8 extension);
+BOOL XcpApp_IsRegionMeasurable(U32 address, U8 extension, U32 numBytes);
+
+void XcpApp_OnNormalCxn(U32 sessionId);
+void XcpApp_OnUserDefinedCxn(U32 sessionId);
+void XcpApp_OnDisconnect(U32 sessionId);
+
+// Milliseconds since start-up.
+U32 XcpApp_GetTimestamp(void);
+
+// The resume image's store: nothing is kept, so nothing resumes at start.
+void XcpApp_NvMemWrite(U32 nvIdx, const U8* data, U32 numBytes);
+void XcpApp_NvMemRead(U32 nvIdx, U8* data, U32 numBytes);
+void XcpApp_NvMemClear(U32 nvIdx, U32 numBytes);
+
+// Freezing a calibration segment is refused: the dash has one page per segment.
+Xcp_CalMemState XcpApp_CalSegFreeze(U8 segment, U8 initSegment);

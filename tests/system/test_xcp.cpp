@@ -1,0 +1,263 @@
+// A calibration tool on the dash's bus: the real motordash on the virtual bus of a
+// temporary root, driven by the XCP master of motordash-xcp, byte for byte, and by the
+// tool itself as an engineer runs it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "dash_harness.h"
+#include "data.h"
+#include "xcp_master.h"
+
+namespace {
+
+typedef std::vector<uint8_t> PACKET_T;
+
+// Generous: the sanitizer trees run the dash many times slower.
+constexpr int RESPONSE_MS = 5000;
+
+class XcpOnBus : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        const std::vector<std::string> args = {"bus", root.Path()};
+        bus = std::make_unique<Process>(BinPath("motordash-can"), nullptr, args);
+        ASSERT_TRUE(bus->WaitForOutput("serving", 10000));
+        dash = std::make_unique<Process>(BinPath("motordash"), root.Path().c_str());
+        ASSERT_TRUE(dash->WaitForOutput("Bit-timing for can0", 20000)) << dash->Stdout();
+        std::string error;
+        master.timeoutMs = RESPONSE_MS;
+        ASSERT_TRUE(XcpMasterOpen(&master, root.Path().c_str(), nullptr, &error)) << error;
+    }
+    void TearDown() override
+    {
+        XcpMasterClose(&master);
+        if (dash) StopDash();
+        if (bus) bus->Signal(SIGTERM);
+    }
+    void StopDash()
+    {
+        dash->Signal(SIGTERM);
+        int status = 0;
+        EXPECT_TRUE(dash->Wait(10000, &status));  // a bound on a hang, not the speed
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << dash->Stderr();
+        dash.reset();
+    }
+    void Send(const PACKET_T& bytes, uint32_t id = 0x200)
+    {
+        ASSERT_TRUE(XcpMasterSendFrame(&master, id, bytes.data(), (uint8_t)bytes.size()));
+    }
+    // The next frame on 0x300, exactly as long as it came.
+    PACKET_T Next()
+    {
+        PACKET_T packet;
+        EXPECT_TRUE(XcpMasterReceiveFrame(&master, 0x300, &packet, RESPONSE_MS)) << "no frame on 0x300";
+        return packet;
+    }
+    PACKET_T Ask(const PACKET_T& bytes, uint32_t id = 0x200)
+    {
+        Send(bytes, id);
+        return Next();
+    }
+    // Runs motordash-xcp on this root.
+    int Tool(const std::vector<std::string>& args, std::string* out, std::string* err)
+    {
+        std::vector<std::string> all = {"--timeout", std::to_string(RESPONSE_MS), root.Path()};
+        all.insert(all.end(), args.begin(), args.end());
+        return RunProgram(BinPath("motordash-xcp"), all, out, err);
+    }
+
+    DeviceRoot root;
+    std::unique_ptr<Process> bus;
+    std::unique_ptr<Process> dash;
+    XCP_MASTER_T master;
+};
+
+const PACKET_T CONNECTED = {0xFF, 0x15, 0xC0, 0x08, 0x08, 0x00, 0x01, 0x01};
+const PACKET_T IDENTIFY = {0xF2, 0xFF, 'X', 'C', 'P', 0x00};
+const PACKET_T CONFIRM = {0xF2, 0xFF, 'X', 'C', 'P', 0x01};
+
+PACKET_T SetMta(uint32_t a)
+{
+    return {0xF6, 0, 0, 0, (uint8_t)a, (uint8_t)(a >> 8), (uint8_t)(a >> 16), (uint8_t)(a >> 24)};
+}
+
+std::string Text(const uint8_t* bytes, size_t n)
+{
+    return std::string(reinterpret_cast<const char*>(bytes), n);
+}
+
+// Silence is shown by order: the dash serves frames as they come, so when the answer
+// to a later command is the next frame, the frames before it had none.
+TEST_F(XcpOnBus, FindConnectAndIdentifyWithTheExactBytesAndSilences)
+{
+    EXPECT_EQ(Ask(IDENTIFY, 0x100), (PACKET_T{0xFF, 'X', 'C', 'P', 0x00, 0x02, 0x00, 0x00}));
+    EXPECT_EQ(Ask(CONFIRM, 0x100), (PACKET_T{0xFF, 0xA7, 0xBC, 0xAF, 0x00, 0x02, 0x00, 0x00}));
+    Send(CONFIRM, 0x100);           // the one echo is used up
+    Send({0xFD});                   // GET_STATUS before CONNECT
+    Send({0xFF, 0x00}, 0x100);      // CONNECT on the broadcast identifier
+    Send({0x3F, 0x00});             // not a command
+    Send({});                       // empty
+    EXPECT_EQ(Ask({0xFF, 0x00}), CONNECTED);
+
+    EXPECT_EQ(Ask({0xFD}), (PACKET_T{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(Ask({0xFB}), (PACKET_T{0xFF, 0x00, 0x01, 0x00, 0xFF, 0x64, 0x00, 0x10}));
+    EXPECT_EQ(Ask({0xFC}), (PACKET_T{0xFE, 0x00}));
+    EXPECT_EQ(Ask({0xF0, 1, 0}), (PACKET_T{0xFE, 0x25})) << "DOWNLOAD while CAL_PAG is locked";
+    EXPECT_EQ(Ask({0xED, 0, 0, 0, 0xCB, 3, 0, 0}), (PACKET_T{0xFE, 0x25})) << "SHORT_DOWNLOAD too";
+    EXPECT_EQ(Ask({0xC5}), (PACKET_T{0xFE, 0x20}));
+    EXPECT_EQ(Ask({0xF2, 0xFE, 0x00, 0x00}), (PACKET_T{0xFF, 0x00, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00}));
+    EXPECT_EQ(Ask({0xF2, 0xFD, 0x00, 0x00, 0x00, 0x04, 0x00, 0x00}), (PACKET_T{0xFE, 0x22})) << "no list allocated";
+
+    // The identification: its length, then its text in three frames of seven.
+    EXPECT_EQ(Ask({0xFA, 0}), (PACKET_T{0xFF, 0x00, 0x00, 0x00, 21, 0x00, 0x00, 0x00}));
+    Send({0xF5, 21});
+    std::string id;
+    for (int frame = 0; frame < 3; frame++) {
+        const PACKET_T p = Next();
+        ASSERT_EQ(p.size(), 8u);
+        ASSERT_EQ(p[0], 0xFF);
+        id += Text(&p[1], 7);
+    }
+    EXPECT_EQ(id, "Velnor_Dorvik_V6c_650");
+    EXPECT_EQ(Ask({0xFA, 200}), (PACKET_T{0xFF, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Ask(SetMta(0)), (PACKET_T{0xFE, 0x22}));
+
+    EXPECT_EQ(Ask({0xFE}), (PACKET_T{0xFF}));
+    Send({0xFD});  // disconnected again
+    EXPECT_EQ(Ask(IDENTIFY, 0x100), (PACKET_T{0xFF, 'X', 'C', 'P', 0x00, 0x02, 0x00, 0x00}));
+}
+
+TEST_F(XcpOnBus, FourCommandsWaitBehindALongUploadAndTheFifthFrameIsLost)
+{
+    ASSERT_EQ(Ask({0xFF, 0x00}), CONNECTED);
+    ASSERT_EQ(Ask(SetMta(1)), PACKET_T{0xFF});
+    // The upload holds its slot for 37 frames; three more commands fit behind it.
+    Send({0xF5, 255});
+    for (uint8_t i = 0; i < 4; i++) Send({0xF4, 1, 0, 0, (uint8_t)(189 + i), 0, 0, 0});
+    PACKET_T upload;
+    for (int frame = 0; frame < 37; frame++) {
+        const PACKET_T p = Next();
+        ASSERT_EQ(p.size(), frame < 36 ? 8u : 4u) << "frame " << frame;
+        ASSERT_EQ(p[0], 0xFF);
+        upload.insert(upload.end(), p.begin() + 1, p.end());
+    }
+    ASSERT_EQ(upload.size(), 255u);
+    EXPECT_EQ(Text(&upload[189 - 1], 21), "Velnor_Dorvik_V6c_650");
+    EXPECT_EQ(Text(&upload[235 - 1], 21), Text(CONSTVariables.BuildUID, 21));
+    EXPECT_EQ(Next(), (PACKET_T{0xFF, 'V'}));
+    EXPECT_EQ(Next(), (PACKET_T{0xFF, 'e'}));
+    EXPECT_EQ(Next(), (PACKET_T{0xFF, 'l'}));
+    EXPECT_EQ(Ask({0xFD}), (PACKET_T{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00})) << "the fourth short upload was lost";
+}
+
+template <typename T>
+uint32_t ByteSum(const T& field)
+{
+    uint32_t sum = 0;
+    const uint8_t* b = reinterpret_cast<const uint8_t*>(&field);
+    for (size_t i = 0; i < sizeof(T); i++) sum += b[i];
+    return sum;
+}
+
+TEST_F(XcpOnBus, ChecksumOverTheConstantsAndTheEdgesOfTheAddressSpace)
+{
+    ASSERT_EQ(Ask({0xFF, 0x00}), CONNECTED);
+    // Addresses 120 to 276: every constant from X1 to DateStamp, without the record's padding.
+    const CONSTVariables_T& c = CONSTVariables;
+    uint32_t sum = ByteSum(c.X1) + ByteSum(c.X2) + ByteSum(c.Y1) + ByteSum(c.Y2) + ByteSum(c.Xmax) + ByteSum(c.Ymax) +
+                   ByteSum(c.XC) + ByteSum(c.YC) + ByteSum(c.GaugeWidth) + ByteSum(c.GaugeHeight) +
+                   ByteSum(c.ModelName) + ByteSum(c.BuildNumber) + ByteSum(c.MatlabVersion) +
+                   ByteSum(c.QuorinVersion) + ByteSum(c.SwIdTxt) + ByteSum(c.CalIdTxt) + ByteSum(c.BuildUID) +
+                   ByteSum(c.IdTableRev) + ByteSum(c.HardwareType) + ByteSum(c.EcuAddr) + ByteSum(c.DateStamp);
+    ASSERT_EQ(Ask(SetMta(120)), PACKET_T{0xFF});
+    EXPECT_EQ(Ask({0xF3, 0, 0, 0, 157, 0, 0, 0}), (PACKET_T{0xFF, 0x01, 0x00, 0x00, (uint8_t)sum, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(Ask({0xF3, 0, 0, 0, 0x00, 0x00, 0x01, 0x00}), (PACKET_T{0xFE, 0x22, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x00}));
+    EXPECT_EQ(Ask({0xF5, 2}), (PACKET_T{0xFF, 0xEC, 0xFF})) << "the checksum moved the MTA to 277: Abc, -20";
+    EXPECT_EQ(Ask({0xF3, 0, 0, 0, 0x00, 0x04, 0x00, 0x00}), (PACKET_T{0xFE, 0x22, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x00}))
+        << "a block that leaves the address space";
+    EXPECT_EQ(Ask(SetMta(976)), PACKET_T{0xFF});
+    EXPECT_EQ(Ask({0xF5, 1}), (PACKET_T{0xFE, 0x24}));
+    EXPECT_EQ(Ask({0xF4, 4, 0, 0, 0x19, 0x02, 0, 0}), (PACKET_T{0xFF, 0, 0, 0, 0})) << "RPM at rest";
+}
+
+TEST_F(XcpOnBus, TheToolReadsTheDashAndSaysWhatWentWrong)
+{
+    std::string out, err;
+    ASSERT_EQ(Tool({"probe"}, &out, &err), 0) << err;
+    EXPECT_EQ(out, "slave: commands on 0x200, responses on 0x300\n");
+
+    ASSERT_EQ(Tool({"info"}, &out, &err), 0) << err;
+    EXPECT_NE(out.find("resources      CAL/PAG DAQ PGM\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("locked         CAL/PAG DAQ STIM PGM\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("identifier     Velnor_Dorvik_V6c_650\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("hardware type  320\n"), std::string::npos) << out;
+    EXPECT_NE(out.find("ECU address    253\n"), std::string::npos) << out;
+
+    // An engine at 5200 rpm on the ECU's frame 0x108 reaches the tool through RAMVariables.
+    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "108#1450000000000000"}), 0);
+    const int64_t end = NowMs() + 10000;
+    do {
+        ASSERT_EQ(Tool({"read", "RPM", "BoostControl", "RAMEditVariables.Abc", "SwIdTxt", "PROFILE_GAUGE_COUNT"},
+                       &out, &err),
+                  0)
+            << err;
+    } while (out.find("RPM = 5200\n") == std::string::npos && NowMs() < end);
+    EXPECT_EQ(out, "RPM = 5200\nBoostControl = 1\nAbc = -20\nSwIdTxt = \"Velnor_Dorvik_V6c_650\"\n"
+                   "PROFILE_GAUGE_COUNT = 15 15 15\n");
+    ASSERT_EQ(Tool({"read", "PROFILE_DEFAULT"}, &out, &err), 0) << err;
+    EXPECT_EQ(out.rfind("PROFILE_DEFAULT = 0x0000 0x0001 0x0100 0x0000 0x0300 ", 0), 0u) << out;
+
+    ASSERT_EQ(Tool({"dump", "0xBD", "21"}, &out, &err), 0) << err;
+    EXPECT_EQ(out, "   189  56 65 6C 6E 6F 72 5F 44 6F 72 76 69 6B 5F 56 36  Velnor_Dorvik_V6\n"
+                   "   205  63 5F 36 35 30                                   c_650\n");
+
+    EXPECT_EQ(Tool({"read", "RPM", "Boost"}, &out, &err), 2);
+    EXPECT_NE(err.find("no variable 'Boost' in the address map"), std::string::npos) << err;
+    EXPECT_EQ(Tool({"dump", "970", "7"}, &out, &err), 1);
+    EXPECT_NE(err.find("ERR_ACCESS_DENIED (0x24)"), std::string::npos) << err;
+
+    ASSERT_EQ(Tool({"list"}, &out, &err), 0);
+    EXPECT_NE(out.find("\n537     4     f32       RAMVariables           RPM\n"), std::string::npos) << out;
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1 + 136);
+
+    // With no dash on the bus the tool gives up with a reason.
+    StopDash();
+    EXPECT_EQ(RunProgram(BinPath("motordash-xcp"), {"--timeout", "300", root.Path(), "info"}, &out, &err), 1);
+    EXPECT_NE(err.find("CONNECT: no response on 0x300 within 300 ms"), std::string::npos) << err;
+}
+
+TEST_F(XcpOnBus, AMasterThatVanishesMidUploadLeavesTheSessionUsable)
+{
+    XCP_MASTER_T gone;
+    std::string error;
+    ASSERT_TRUE(XcpMasterOpen(&gone, root.Path().c_str(), nullptr, &error)) << error;
+    const PACKET_T connect = {0xFF, 0x00}, mta = SetMta(1), upload = {0xF5, 255};
+    ASSERT_TRUE(XcpMasterSendFrame(&gone, 0x200, connect.data(), 2));
+    ASSERT_TRUE(XcpMasterSendFrame(&gone, 0x200, mta.data(), 8));
+    ASSERT_TRUE(XcpMasterSendFrame(&gone, 0x200, upload.data(), 2));
+    EXPECT_EQ(Next(), CONNECTED);
+    EXPECT_EQ(Next(), PACKET_T{0xFF});
+    EXPECT_EQ(Next().size(), 8u) << "the upload has begun";
+    XcpMasterClose(&gone);
+
+    // The upload goes on to its end with nobody listening; a new CONNECT waits behind
+    // it, and then the session is there for the taking.
+    Send({0xFF, 0x00});
+    std::vector<PACKET_T> frames;
+    while (frames.size() < 37) {
+        frames.push_back(Next());
+        if (frames.back().empty()) break;
+    }
+    ASSERT_EQ(frames.size(), 37u);
+    EXPECT_EQ(frames[35].size(), 4u) << "the last of the upload";
+    EXPECT_EQ(frames[36], CONNECTED);
+    EXPECT_EQ(Ask({0xFD}), (PACKET_T{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(Ask({0xF4, 2, 0, 0, 122, 0, 0, 0}), (PACKET_T{0xFF, 0xA0, 0x00})) << "X2, 160";
+}
+
+}  // namespace

@@ -1,0 +1,272 @@
+// The dash's XCP slave: its address map over the real records, commands through the
+// receive tables and out through the message set, and a storm of random frames.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "can_fixture.h"
+#include "can_ports.h"
+#include "data.h"
+#include "test_root.h"
+#include "xcp_core.h"
+#include "xcp_map.h"
+#include "xcp_target.h"
+
+namespace {
+
+typedef std::vector<uint8_t> PACKET_T;
+
+template <typename T>
+PACKET_T BytesOf(const T& value)
+{
+    PACKET_T b(sizeof(T));
+    memcpy(b.data(), &value, sizeof(T));
+    return b;
+}
+
+PACKET_T Read(Xcp_Addr_t addr, U32 n)
+{
+    PACKET_T b(n, 0xEE);
+    EXPECT_EQ(XcpApp_CalMemRead(addr, n, b.data()), CALMEM_FINISHED) << addr << "+" << n;
+    return b;
+}
+
+PACKET_T Cat(std::initializer_list<PACKET_T> parts)
+{
+    PACKET_T all;
+    for (const PACKET_T& p : parts) all.insert(all.end(), p.begin(), p.end());
+    return all;
+}
+
+// ---- The address map ----------------------------------------------------------------
+
+TEST(XcpAddressMap, EachVariableLiesAtItsAddress)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    EEVariables_RAMShadow = EEVariables_DEFAULT;
+    RAMVariables.RPM = 5200.5f;
+    RAMVariables.LoggingActive = 1;
+    RAMVariables.START_SCREEN = 7;
+    EEVariables_RAMShadow.BoostControl = 4;
+    EEVariables_RAMShadow.LogNumber = 0x01020304;
+    EXPECT_EQ(Read(537, 4), BytesOf(RAMVariables.RPM));
+    EXPECT_EQ(Read(302, 1), PACKET_T{1});
+    EXPECT_EQ(Read(588, 1), PACKET_T{7});
+    EXPECT_EQ(Read(971, 1), PACKET_T{4});
+    EXPECT_EQ(Read(589, 4), BytesOf(EEVariables_RAMShadow.LogNumber)) << "the stored record's first row";
+    EXPECT_EQ(Read(277, 2), BytesOf(RAMEditVariables.Abc));
+    EXPECT_EQ(Read(189, 21), BytesOf(CONSTVariables.SwIdTxt));
+    EXPECT_EQ(Read(0, 120), BytesOf(CONSTVariables.PROFILE_DEFAULT));
+    EXPECT_EQ(Read(975, 1), PACKET_T{EEVariables_RAMShadow.EEPROM_State});
+}
+
+TEST(XcpAddressMap, ATransferCrossesRowsAndMapsByAddressNotByMemory)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    RAMVariables.FileOpen_Success = 1;
+    RAMVariables.SyncCount = 0xA1B2C3D4;
+    RAMVariables.SelectedGaugeIndex = 3;
+    RAMVariables.EditMode = 1;
+    RAMVariables.START_SCREEN = 2;
+    EEVariables_RAMShadow.LogNumber = 0x11223344;
+    // Across the padding behind a text, which has no address.
+    EXPECT_EQ(Read(154, 7), Cat({PACKET_T(CONSTVariables.ModelName + 14, CONSTVariables.ModelName + 17),
+                                 BytesOf(CONSTVariables.BuildNumber)}));
+    // From the constants through the edit variable into the live values.
+    EXPECT_EQ(Read(274, 7), Cat({PACKET_T(CONSTVariables.DateStamp + 8, CONSTVariables.DateStamp + 11),
+                                 BytesOf(RAMEditVariables.Abc), PACKET_T{1}, PACKET_T{0xD4}}));
+    // From the live values into the stored settings, past the record's unmapped head.
+    EXPECT_EQ(Read(586, 7), Cat({PACKET_T{3, 1, 2}, BytesOf(EEVariables_RAMShadow.LogNumber)}));
+}
+
+TEST(XcpAddressMap, NothingOutsideTheSpaceIsRead)
+{
+    uint8_t b[8] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
+    EXPECT_EQ(XcpApp_CalMemRead(976, 1, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(XcpApp_CalMemRead(976, 0, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(XcpApp_CalMemRead(970, 7, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(XcpApp_CalMemRead(0xFFFFFFFFu, 7, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(b[0], 0xEE) << "a refused transfer copies nothing";
+    EXPECT_EQ(XcpApp_CalMemRead(969, 7, b), CALMEM_FINISHED);
+    EXPECT_EQ(XcpApp_CalMemRead(975, 0, b), CALMEM_FINISHED);
+
+    U8 type = 0;
+    U32 sum = 1;
+    EXPECT_EQ(XcpApp_CalMemGetChecksum(970, 7, &type, &sum), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(XcpApp_CalMemGetChecksum(976, 0, &type, &sum), CALMEM_FINISHED);
+    EXPECT_EQ(sum, 0u);
+    EXPECT_EQ(type, XCP_CHECKSUM_TYPE_ADD_11);
+    // The whole space, byte by byte, against the sum of the same bytes read at once.
+    PACKET_T all(EEEnd);
+    ASSERT_EQ(XcpApp_CalMemRead(0, EEEnd, all.data()), CALMEM_FINISHED);
+    U32 expected = 0;
+    for (uint8_t v : all) expected += v;
+    EXPECT_EQ(XcpApp_CalMemGetChecksum(0, EEEnd, &type, &sum), CALMEM_FINISHED);
+    EXPECT_EQ(sum, expected & 0xFF);
+}
+
+// ---- On the dash's CAN port -------------------------------------------------------------
+
+std::vector<CAN_MSG_T> m_sent;
+
+S32 _seen(CAN_PORTS_T port, CAN_MSG_T* message)
+{
+    EXPECT_EQ(port, CAN_PORT1);
+    m_sent.push_back(*message);
+    return 0;
+}
+
+PACKET_T Packet(const CAN_MSG_T& m)
+{
+    return PACKET_T(m.msg_content, m.msg_content + m.msg_length);
+}
+
+class XcpOnTheDash : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        CANTransmitMessage = _seen;
+        Xcp_Initialize();
+        CANSetXcpHandlers(XcpCan_RxCallback, Xcp_CmdProcessor);
+        m_sent.clear();
+    }
+    void TearDown() override
+    {
+        CANSetXcpHandlers(nullptr, nullptr);
+        CANTransmitMessage = can_transmit_message;
+    }
+    // A command through port 1's receive table: what the dash sent for it.
+    static std::vector<PACKET_T> Command(PACKET_T bytes, uint32_t id = 0x200)
+    {
+        m_sent.clear();
+        BYTES_T data = {};
+        memcpy(data.data(), bytes.data(), bytes.size() < 8 ? bytes.size() : 8);
+        Frame(id, data, (uint8_t)bytes.size());
+        std::vector<PACKET_T> out;
+        for (const CAN_MSG_T& m : m_sent) {
+            EXPECT_EQ(m.id, 0x300u);
+            EXPECT_EQ(m.extend, 0);
+            out.push_back(Packet(m));
+        }
+        return out;
+    }
+    TestRoot root_;  // the port opens on the first answer; there is no bus here
+};
+
+TEST_F(XcpOnTheDash, ACommandIsAnsweredOn0x300TheMomentItsFrameComesIn)
+{
+    EXPECT_EQ(Command({0xF2, 0xFF, 'X', 'C', 'P', 0}, 0x100),
+              (std::vector<PACKET_T>{{0xFF, 'X', 'C', 'P', 0x00, 0x02, 0x00, 0x00}}));
+    EXPECT_TRUE(Command({0xFD}).empty());
+    EXPECT_EQ(Command({0xFF, 0x00}), (std::vector<PACKET_T>{{0xFF, 0x15, 0xC0, 8, 8, 0, 1, 1}}));
+    EXPECT_EQ(Command({0xFD}), (std::vector<PACKET_T>{{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00}}));
+    // The identification: 21 bytes in three frames of seven, one a pass.
+    EXPECT_EQ(Command({0xFA, 0x00}), (std::vector<PACKET_T>{{0xFF, 0, 0, 0, 21, 0, 0, 0}}));
+    std::vector<PACKET_T> frames = Command({0xF5, 21});
+    for (int pass = 0; pass < 5; pass++) {
+        m_sent.clear();
+        Timed_Trigger_XCP();
+        for (const CAN_MSG_T& m : m_sent) frames.push_back(Packet(m));
+    }
+    ASSERT_EQ(frames.size(), 3u);
+    std::string text;
+    for (const PACKET_T& f : frames) {
+        ASSERT_EQ(f.size(), 8u);
+        EXPECT_EQ(f[0], 0xFF);
+        text.append(f.begin() + 1, f.end());
+    }
+    EXPECT_EQ(text, "Velnor_Dorvik_V6c_650");
+    // A live value in the device's byte order.
+    RAMVariables.RPM = 6100.0f;
+    RAMVariables.LaunchTime_Max = 1.5f;
+    EXPECT_EQ(Command({0xF6, 0, 0, 0, 0x19, 0x02, 0, 0}), (std::vector<PACKET_T>{{0xFF}}));
+    EXPECT_EQ(Command({0xF5, 4}), (std::vector<PACKET_T>{Cat({PACKET_T{0xFF}, BytesOf(RAMVariables.RPM)})}));
+    EXPECT_EQ(Command({0xF5, 1}), (std::vector<PACKET_T>{{0xFF, BytesOf(RAMVariables.LaunchTime_Max)[0]}}))
+        << "the MTA moved on to the next variable";
+}
+
+TEST_F(XcpOnTheDash, AMasterThatVanishesMidUploadLeavesNoStuckSession)
+{
+    ASSERT_EQ(Command({0xFF, 0x00}).size(), 1u);
+    ASSERT_EQ(Command({0xF6, 0, 0, 0, 1, 0, 0, 0}).size(), 1u);
+    ASSERT_EQ(Command({0xF5, 255}).size(), 1u);
+    // Nobody listens any more; the foreground passes finish the upload by themselves.
+    int frames = 1;
+    for (int pass = 0; pass < 60; pass++) {
+        m_sent.clear();
+        Timed_Trigger_XCP();
+        frames += (int)m_sent.size();
+    }
+    EXPECT_EQ(frames, 37);
+    EXPECT_EQ(XcpCan_GetRxBuf(0, XCP_RX_CMD_CHANNEL), nullptr);
+    EXPECT_EQ(Command({0xFF, 0x00}).size(), 1u) << "a new master is answered at once";
+}
+
+// ---- Random frames ------------------------------------------------------------------------
+
+// Commands chosen to reach every handler, with lengths and fields anywhere, addresses
+// mostly near and beyond the ends of the address space.
+PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
+{
+    static constexpr uint8_t PIDS[] = {0xFF, 0xFE, 0xFD, 0xFC, 0xFB, 0xFA, 0xF9, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF2};
+    std::uniform_int_distribution<int> byte(0, 255);
+    const int kind = byte(rng);
+    *id = kind < 16 ? 0x100 : kind < 24 ? (uint32_t)byte(rng) << 3 : 0x200;
+    PACKET_T f(std::uniform_int_distribution<int>(0, 9)(rng));
+    for (uint8_t& b : f) b = (uint8_t)byte(rng);
+    if (f.empty()) return f;
+    if (kind % 4 != 0) f[0] = PIDS[byte(rng) % sizeof(PIDS)];
+    if (*id == 0x100 && kind % 2) f[0] = 0xF2;
+    if (f.size() >= 2 && f[0] == 0xF2 && kind % 3) f[1] = (uint8_t)(0xFD + byte(rng) % 3);
+    if (f.size() >= 8 && kind % 5) {
+        // An address near the space: 0, inside, or just past its end.
+        const uint32_t addr = std::uniform_int_distribution<uint32_t>(0, 1100)(rng);
+        memcpy(&f[4], &addr, 4);
+    }
+    return f;
+}
+
+TEST_F(XcpOnTheDash, RandomFramesNeitherCrashNorStickNorWrite)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    const RAMVariables_T ram = RAMVariables;
+    const EEVariables_T ee = EEVariables_RAMShadow;
+    const RAMEditVariables_T edit = RAMEditVariables;
+    std::mt19937 rng(19);
+    size_t answers = 0;
+    for (int i = 0; i < 300000; i++) {
+        uint32_t id;
+        const PACKET_T f = _randomFrame(rng, &id);
+        m_sent.clear();
+        CAN_MSG_T m = {};
+        m.id = id;
+        m.msg_length = (uint8_t)f.size();
+        if (!f.empty()) memcpy(m.msg_content, f.data(), f.size() < 8 ? f.size() : 8);
+        rxTable_285279__0022(CAN_PORT1, &m);
+        if (i % 3 == 0) Timed_Trigger_XCP();
+        for (const CAN_MSG_T& s : m_sent) {
+            ASSERT_EQ(s.id, 0x300u);
+            ASSERT_GE(s.msg_length, 1);
+            ASSERT_LE(s.msg_length, 8);
+            ASSERT_GE(s.msg_content[0], 0xFD) << "a response, an error or an event";
+        }
+        answers += m_sent.size();
+    }
+    EXPECT_GT(answers, 50000u) << "the storm reached the handlers";
+    EXPECT_EQ(memcmp(&ram, &RAMVariables, sizeof(ram)), 0);
+    EXPECT_EQ(memcmp(&ee, &EEVariables_RAMShadow, sizeof(ee)), 0);
+    EXPECT_EQ(memcmp(&edit, &RAMEditVariables, sizeof(edit)), 0);
+
+    // Whatever is left in the queue ends within a few passes, and a master gets the
+    // session back.
+    for (int pass = 0; pass < 4 * 40; pass++) Timed_Trigger_XCP();
+    EXPECT_EQ(XcpCan_GetRxBuf(0, XCP_RX_CMD_CHANNEL), nullptr);
+    EXPECT_EQ(Command({0xFF, 0x00}), (std::vector<PACKET_T>{{0xFF, 0x15, 0xC0, 8, 8, 0, 1, 1}}));
+    EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
+    EXPECT_EQ(Command({0xFF, 0x00}).size(), 1u);
+    EXPECT_EQ(Command({0xFD}), (std::vector<PACKET_T>{{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00}}));
+}
+
+}  // namespace

@@ -1,0 +1,202 @@
+#include "xcp_master.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <linux/can.h>
+#include <linux/can/raw.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "can_bus.h"
+#include "tool_clock.h"
+#include "xcp_types.h"
+
+namespace {
+
+constexpr uint8_t UPLOAD_MAX = 255;  // count byte of one UPLOAD
+constexpr uint8_t GET_ID_ASAM_MC2 = 1;  // sets the MTA to this slave's address 0
+
+struct ERROR_NAME_T {
+    uint8_t code;
+    const char* name;
+};
+constexpr ERROR_NAME_T m_errorNames[] = {
+    {XCP_ERR_CMD_SYNCH, "ERR_CMD_SYNCH"},
+    {XCP_ERR_CMD_BUSY, "ERR_CMD_BUSY"},
+    {XCP_ERR_DAQ_ACTIVE, "ERR_DAQ_ACTIVE"},
+    {XCP_ERR_PGM_ACTIVE, "ERR_PGM_ACTIVE"},
+    {XCP_ERR_CMD_UNKNOWN, "ERR_CMD_UNKNOWN"},
+    {XCP_ERR_CMD_SYNTAX, "ERR_CMD_SYNTAX"},
+    {XCP_ERR_OUT_OF_RANGE, "ERR_OUT_OF_RANGE"},
+    {XCP_ERR_WRITE_PROTECTED, "ERR_WRITE_PROTECTED"},
+    {XCP_ERR_ACCESS_DENIED, "ERR_ACCESS_DENIED"},
+    {XCP_ERR_ACCESS_LOCKED, "ERR_ACCESS_LOCKED"},
+    {XCP_ERR_PAGE_NOT_VALID, "ERR_PAGE_NOT_VALID"},
+    {XCP_ERR_MODE_NOT_VALID, "ERR_MODE_NOT_VALID"},
+    {XCP_ERR_SEGMENT_NOT_VALID, "ERR_SEGMENT_NOT_VALID"},
+    {XCP_ERR_SEQUENCE, "ERR_SEQUENCE"},
+    {XCP_ERR_DAQ_CONFIG, "ERR_DAQ_CONFIG"},
+    {XCP_ERR_MEMORY_OVERFLOW, "ERR_MEMORY_OVERFLOW"},
+    {XCP_ERR_GENERIC, "ERR_GENERIC"},
+    {XCP_ERR_VERIFY, "ERR_VERIFY"},
+};
+
+int _openSocketCan(const char* iface, std::string* error)
+{
+    const int fd = socket(PF_CAN, SOCK_RAW | SOCK_CLOEXEC, CAN_RAW);
+    if (fd < 0) {
+        *error = std::string("cannot open a CAN socket: ") + strerror(errno);
+        return -1;
+    }
+    struct sockaddr_can addr = {};
+    addr.can_family = AF_CAN;
+    addr.can_ifindex = (int)if_nametoindex(iface);
+    if (addr.can_ifindex == 0) {
+        *error = std::string("no CAN interface '") + iface + "'";
+        close(fd);
+        return -1;
+    }
+    if (bind(fd, reinterpret_cast<struct sockaddr*>(&addr), sizeof(addr)) != 0) {
+        *error = std::string("cannot bind to ") + iface + ": " + strerror(errno);
+        close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+XCP_REPLY_T _reply(XCP_MASTER_STATUS_T status, std::vector<uint8_t> packet = {})
+{
+    XCP_REPLY_T r = {status, 0, std::move(packet)};
+    if (status == XCP_MASTER_ERROR && r.packet.size() >= 2) r.error = r.packet[1];
+    return r;
+}
+
+}  // namespace
+
+bool XcpMasterOpen(XCP_MASTER_T* m, const char* root, const char* iface, std::string* error)
+{
+    m->fd = root ? can_bus_connect(root, "can0", error) : _openSocketCan(iface, error);
+    return m->fd >= 0;
+}
+
+void XcpMasterClose(XCP_MASTER_T* m)
+{
+    if (m->fd >= 0) close(m->fd);
+    m->fd = -1;
+}
+
+bool XcpMasterSendFrame(XCP_MASTER_T* m, uint32_t id, const uint8_t* bytes, uint8_t length)
+{
+    struct can_frame frame = {};
+    frame.can_id = id > CAN_SFF_MASK ? (id & CAN_EFF_MASK) | CAN_EFF_FLAG : id;
+    frame.can_dlc = length > CAN_MAX_DLEN ? CAN_MAX_DLEN : length;
+    if (frame.can_dlc > 0) memcpy(frame.data, bytes, frame.can_dlc);
+    return send(m->fd, &frame, sizeof(frame), MSG_NOSIGNAL) == (ssize_t)sizeof(frame);
+}
+
+bool XcpMasterReceiveFrame(XCP_MASTER_T* m, uint32_t id, std::vector<uint8_t>* data, int timeoutMs)
+{
+    const uint64_t end = tool_monotonic_ms() + (uint64_t)(timeoutMs > 0 ? timeoutMs : 0);
+    for (;;) {
+        const uint64_t now = tool_monotonic_ms();
+        if (now >= end) return false;
+        struct pollfd p = {m->fd, POLLIN, 0};
+        if (poll(&p, 1, (int)(end - now)) <= 0) continue;
+        struct can_frame frame;
+        const ssize_t got = recv(m->fd, &frame, sizeof(frame), 0);
+        if (got <= 0) return false;  // the bus has gone
+        if (got != (ssize_t)sizeof(frame)) continue;
+        if (frame.can_id & (CAN_EFF_FLAG | CAN_RTR_FLAG | CAN_ERR_FLAG)) continue;
+        if ((frame.can_id & CAN_SFF_MASK) != id) continue;
+        const uint8_t n = frame.can_dlc > CAN_MAX_DLEN ? CAN_MAX_DLEN : frame.can_dlc;
+        data->assign(frame.data, frame.data + n);
+        return true;
+    }
+}
+
+XCP_REPLY_T XcpMasterResponse(XCP_MASTER_T* m)
+{
+    std::vector<uint8_t> packet;
+    for (;;) {
+        if (!XcpMasterReceiveFrame(m, m->respId, &packet, m->timeoutMs)) return _reply(XCP_MASTER_TIMEOUT);
+        if (packet.empty()) continue;
+        if (packet[0] == XCP_PID_RESPONSE) return _reply(XCP_MASTER_OK, packet);
+        if (packet[0] == XCP_PID_ERROR) return _reply(XCP_MASTER_ERROR, packet);
+        // An event, a service request or DAQ data: not the answer. A pending command
+        // goes on waiting afresh.
+    }
+}
+
+XCP_REPLY_T XcpMasterCommand(XCP_MASTER_T* m, const std::vector<uint8_t>& command)
+{
+    if (!XcpMasterSendFrame(m, m->cmdId, command.data(), (uint8_t)command.size())) return _reply(XCP_MASTER_BUS);
+    return XcpMasterResponse(m);
+}
+
+XCP_REPLY_T XcpMasterConnect(XCP_MASTER_T* m)
+{
+    return XcpMasterCommand(m, {XCP_CMD_CONNECT, 0});
+}
+
+XCP_REPLY_T XcpMasterDisconnect(XCP_MASTER_T* m)
+{
+    return XcpMasterCommand(m, {XCP_CMD_DISCONNECT});
+}
+
+XCP_REPLY_T XcpMasterUpload(XCP_MASTER_T* m, uint32_t length, std::vector<uint8_t>* out)
+{
+    out->clear();
+    XCP_REPLY_T r = _reply(XCP_MASTER_OK);
+    while (length > 0) {
+        const uint8_t count = length < UPLOAD_MAX ? (uint8_t)length : UPLOAD_MAX;
+        r = XcpMasterCommand(m, {XCP_CMD_UPLOAD, count});
+        // One frame for each seven bytes, the first answering the command.
+        for (uint32_t left = count;;) {
+            if (r.status != XCP_MASTER_OK) return r;
+            const uint32_t n = r.packet.size() - 1 < left ? (uint32_t)r.packet.size() - 1 : left;
+            out->insert(out->end(), r.packet.begin() + 1, r.packet.begin() + 1 + n);
+            if ((left -= n) == 0) break;
+            r = XcpMasterResponse(m);
+        }
+        length -= count;
+    }
+    return r;
+}
+
+XCP_REPLY_T XcpMasterRead(XCP_MASTER_T* m, uint32_t addr, uint32_t length, std::vector<uint8_t>* out)
+{
+    out->clear();
+    const std::vector<uint8_t> setMta = {XCP_CMD_SET_MTA,       0, 0, 0, (uint8_t)addr, (uint8_t)(addr >> 8),
+                                         (uint8_t)(addr >> 16), (uint8_t)(addr >> 24)};
+    const std::vector<uint8_t> getId = {XCP_CMD_GET_ID, GET_ID_ASAM_MC2};
+    const XCP_REPLY_T r = XcpMasterCommand(m, addr == 0 ? getId : setMta);
+    if (r.status != XCP_MASTER_OK) return r;
+    return XcpMasterUpload(m, length, out);
+}
+
+std::string XcpErrorName(uint8_t code)
+{
+    for (const ERROR_NAME_T& e : m_errorNames)
+        if (e.code == code) return e.name;
+    char text[16];
+    snprintf(text, sizeof(text), "ERR_0x%02X", code);
+    return text;
+}
+
+std::string XcpMasterDescribe(const XCP_MASTER_T& m, const XCP_REPLY_T& reply)
+{
+    char text[160];
+    switch (reply.status) {
+    case XCP_MASTER_OK: return "positive response";
+    case XCP_MASTER_ERROR:
+        snprintf(text, sizeof(text), "%s (0x%02X)", XcpErrorName(reply.error).c_str(), reply.error);
+        return text;
+    case XCP_MASTER_TIMEOUT:
+        snprintf(text, sizeof(text), "no response on 0x%X within %d ms", m.respId, m.timeoutMs);
+        return text;
+    default: return std::string("cannot send on the bus: ") + strerror(errno);
+    }
+}

@@ -1,0 +1,57 @@
+#pragma once
+// An XCP master on CAN: commands out on the slave's command identifier, responses in
+// from its response identifier, over the virtual bus of a simulated device root or a
+// SocketCAN interface of a real one.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct XCP_MASTER_T {
+    int fd = -1;
+    int timeoutMs = 1000;  // for each response frame
+    uint32_t broadcastId = 0x100;
+    uint32_t cmdId = 0x200;
+    uint32_t respId = 0x300;
+};
+
+// Port can0 of a device root's virtual bus, or the SocketCAN interface `iface` when
+// root is null. False with a message when neither can be opened.
+bool XcpMasterOpen(XCP_MASTER_T* m, const char* root, const char* iface, std::string* error);
+void XcpMasterClose(XCP_MASTER_T* m);
+
+// One frame out, `length` bytes.
+bool XcpMasterSendFrame(XCP_MASTER_T* m, uint32_t id, const uint8_t* bytes, uint8_t length);
+// The next frame on `id` within timeoutMs; other identifiers are passed over.
+bool XcpMasterReceiveFrame(XCP_MASTER_T* m, uint32_t id, std::vector<uint8_t>* data, int timeoutMs);
+
+enum XCP_MASTER_STATUS_T {
+    XCP_MASTER_OK,       // a positive response
+    XCP_MASTER_ERROR,    // an error packet: `error` holds its code
+    XCP_MASTER_TIMEOUT,  // no response in time
+    XCP_MASTER_BUS,      // the bus could not take the command
+};
+
+struct XCP_REPLY_T {
+    XCP_MASTER_STATUS_T status;
+    uint8_t error;
+    std::vector<uint8_t> packet;  // the response as it came, PID first
+};
+
+// Sends a command and waits for its response. Events and DAQ packets in between are
+// passed over; XCP_EV_CMD_PENDING starts the wait again.
+XCP_REPLY_T XcpMasterCommand(XCP_MASTER_T* m, const std::vector<uint8_t>& command);
+// Only the next response: the next frame of a multi-frame upload.
+XCP_REPLY_T XcpMasterResponse(XCP_MASTER_T* m);
+
+XCP_REPLY_T XcpMasterConnect(XCP_MASTER_T* m);
+XCP_REPLY_T XcpMasterDisconnect(XCP_MASTER_T* m);
+// UPLOADs of up to 255 bytes from where the MTA stands.
+XCP_REPLY_T XcpMasterUpload(XCP_MASTER_T* m, uint32_t length, std::vector<uint8_t>* out);
+// Reads `length` bytes from the address space at `addr`: SET_MTA (or GET_ID type 1 for
+// address 0, which SET_MTA refuses), then XcpMasterUpload.
+XCP_REPLY_T XcpMasterRead(XCP_MASTER_T* m, uint32_t addr, uint32_t length, std::vector<uint8_t>* out);
+
+// The standard's name of an error code, "ERR_ACCESS_LOCKED"; "ERR_0x42" for others.
+std::string XcpErrorName(uint8_t code);
+// "ERR_OUT_OF_RANGE (0x22)", or what went wrong without an error packet.
+std::string XcpMasterDescribe(const XCP_MASTER_T& m, const XCP_REPLY_T& reply);
