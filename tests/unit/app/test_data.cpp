@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Velnor_Dorvik_V6c.h"
+#include "timer_drv.h"
 #include "dash_types.h"
 #include "data.h"
 
@@ -82,8 +83,9 @@ TEST(Records, ModelStartClearsTheStoreAndArmsThreeDetectors)
     EXPECT_EQ(B.Faults, 4u);
     EXPECT_EQ(B.Knock, 2u);
     EXPECT_EQ(B.QuadsScreen, 0u);
-    EXPECT_EQ(DWork.quorin_delta_time_DWORK1, 0u);
-    EXPECT_EQ(DWork.quorin_delta_time_DWORK1_i, 0u);
+    // The delta-time words start at the uptime of the screens' registration.
+    EXPECT_LE(DWork.quorin_delta_time_DWORK1, get_uptime_milliseconds());
+    EXPECT_EQ(DWork.quorin_delta_time_DWORK1_i, DWork.quorin_delta_time_DWORK1);
     EXPECT_EQ(Velnor_Dorvik_V6c_PrevZCSigState.EditNextQuad_Trig_ZCE, 1);
     EXPECT_EQ(Velnor_Dorvik_V6c_PrevZCSigState.EditPage_Trig_ZCE, 1);
     EXPECT_EQ(Velnor_Dorvik_V6c_PrevZCSigState.LogWrite_Trig_ZCE, 1);
