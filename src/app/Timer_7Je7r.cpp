@@ -1,7 +1,5 @@
 #include "Timer_7Je7r.h"
 
-#include "navigation.h"
-
 #include <array>
 
 #include "Velnor_Dorvik_V6c.h"
@@ -10,6 +8,8 @@
 #include "fault_table.h"
 #include "iouser.h"
 #include "mmi.h"
+#include "navigation.h"
+#include "quad_gauges.h"
 #include "signal_holds.h"
 #include "text_values.h"
 #include "timer_drv.h"
@@ -71,7 +71,6 @@ constexpr std::array<trigger_ref, N> _emptyGauges(void)
     gauges.fill(trigger_ground);
     return gauges;
 }
-constexpr std::array<trigger_ref, QUAD_GAUGE_COUNT> m_quadGauges = _emptyGauges<QUAD_GAUGE_COUNT>();
 constexpr std::array<trigger_ref, LARGE_GAUGE_COUNT> m_largeGauges = _emptyGauges<LARGE_GAUGE_COUNT>();
 constexpr trigger_ref m_doubleWide = trigger_ground;
 constexpr trigger_ref m_doubleTall = trigger_ground;
@@ -119,7 +118,7 @@ static void _constants(void)
     B.Faults = SCREENID_FAULTS;
     B.Knock = SCREENID_KNOCK;
     B.QuadsScreen = SCREENID_QUAD;
-    for (size_t i = 0; i < QUAD_GAUGE_COUNT; i++) B.QuadGauge[i] = m_quadGauges[i];
+    for (size_t i = 0; i < QUAD_GAUGE_COUNT; i++) B.QuadGauge[i] = QUAD_GAUGE_TRIGGERS[i];
     for (size_t i = 0; i < LARGE_GAUGE_COUNT; i++) B.LargeGauge[i] = m_largeGauges[i];
     B.RPM_f = m_doubleWide;
     B.tall = m_doubleTall;

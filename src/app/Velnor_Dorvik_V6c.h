@@ -568,6 +568,7 @@ struct BlockIO_Velnor_Dorvik_V6c {
         RPeakDouble_i3, RPeakDouble_ka, RPeakDouble_a, RPeakDouble_h, RPeakDouble_jg, RPeakDouble_dy,
         RPeakDouble_p, RPeakDouble_c, RPeakDouble_eg, RPeakDouble_fb, RPeakDouble_nr, RPeakDouble_ke,
         RPeakDouble_fa, RPeakDouble_a4;
+    real_T SetpointValueDouble_p;  // the waste gate set point, the limit of the boost gauges
 
     // The text values: the records never move; the pointers are set again every pass.
     S_String *ValueString_lq, *ValueString_dm, *ValueString_di2, *ValueString_fd, *ValueString_jk,

@@ -236,9 +236,9 @@ inline constexpr TEXT_VALUE_T TEXT_VALUES[] = {
     {TXT(ValueString_js), SB(Primary_Injector_Duty), 0x101, UNIT_NONE, F1(3, 0), SC1(0, 100), GAUGE(js)},
     {TXT(RPeakValue_oy), SR(InjectorDuty_Max), 0x101, UNIT_NONE, F1(5, 2), NO_SCALE, NUM(RPeakDouble_oy)},
     {TXT(ValueString_bw), SB(TPS_g), 0x101, UNIT_NONE, F1(3, 0), SC1(0, 100), GAUGE(bw)},
-    // Waste gate set point, in the titles of the boost gauges
+    // Waste gate set point: in the titles of the boost gauges and their limit mark
     {TXT(ValueString), SB(WasteGate_SetPoint), 0x102, UNIT_ABSOLUTE_PRESSURE, F3(2, 2, 3, 0, 3, 1), NO_SCALE,
-     NO_NUM},
+     NUM(SetpointValueDouble_p)},
     // Air/fuel of both banks, their target and their peaks
     {TXT(ValueString_j), SB(Target_O2), 0x119, UNIT_AIR_FUEL, F3(5, 2, 5, 2, 5, 2), NO_SCALE, NO_NUM},
     {TXT(ValueString_f), SB(Final_O2_Bank1), 0x125, UNIT_AIR_FUEL, F3(5, 2, 5, 2, 5, 2),

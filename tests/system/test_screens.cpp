@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
+#include <initializer_list>
 #include <sys/wait.h>
 
+#include "can_signals.h"
 #include "dash_ecu.h"
 
 namespace {
@@ -21,19 +24,46 @@ const std::string FAULTS_133 = "133#0000000000000000";
 const std::vector<std::string> IDENTITY = {"122#00465720322E3130|122#012D420000000000", "123#534E313233343536",
                                            "124#504E2D3737383841"};
 
+// A frame of the engine controller with these signals, the others 0, as "id#hex".
+std::string EcuFrame(uint32_t id, std::initializer_list<std::pair<const char*, double>> signals)
+{
+    uint8_t data[8] = {};
+    for (const auto& [name, value] : signals) CANEncodeSignal(CAN_SIGNALS[CANSignalIndex(name)], value, data);
+    char text[32];
+    int n = snprintf(text, sizeof(text), "%03X#", id);
+    for (uint8_t b : data) n += snprintf(text + n, sizeof(text) - (size_t)n, "%02X", b);
+    return text;
+}
+
+// What the first factory page reads: both banks' air/fuel and the target (whose text
+// 0x119 guards), the stoichiometric ratio, manifold pressure and throttle.
+std::vector<std::string> Engine()
+{
+    return {EcuFrame(0x164, {{"Final_O2_Bank1", 0.98}, {"Final_O2_Bank2", 1.02}}), EcuFrame(0x104, {{"Target_O2", 1.0}}),
+            EcuFrame(0x118, {{"Primary_StoichSetpoint", 14.2}, {"Coolant_Temp", 88}, {"BatteryVolts", 13.9}}),
+            EcuFrame(0x125, {{"MAP_p", 96}, {"Final_AFR1", 14.5}, {"Final_AFR2", 13.9}}),
+            EcuFrame(0x101, {{"TPS_g", 22}}), EcuFrame(0x119, {{"Engine_HP_Potential", 212}})};
+}
+
 std::vector<std::string> AllFrames()
 {
     std::vector<std::string> frames = {KNOCK, FAULTS_121, FAULTS_132, FAULTS_133};
     frames.insert(frames.end(), IDENTITY.begin(), IDENTITY.end());
+    const std::vector<std::string> engine = Engine();
+    frames.insert(frames.end(), engine.begin(), engine.end());
     return frames;
+}
+
+void KeyAction(const DeviceRoot& root, int key, const char* action)
+{
+    ASSERT_EQ(RunProgram(BinPath("motordash-sim"), {"key", root.Path(), std::to_string(key), action}), 0);
+    usleep(300000);  // the key scan and a few foreground passes see each state
 }
 
 void Key(const DeviceRoot& root, int key)
 {
-    for (const char* action : {"press", "release"}) {
-        ASSERT_EQ(RunProgram(BinPath("motordash-sim"), {"key", root.Path(), std::to_string(key), action}), 0);
-        usleep(300000);  // the key scan and a few foreground passes see each state
-    }
+    KeyAction(root, key, "press");
+    KeyAction(root, key, "release");
 }
 
 // The splash stands for the first 2 s of the dash's uptime; what comes after it is what
@@ -140,6 +170,26 @@ TEST_P(Screens, FaultListGivesWayWhenTheFaultFramesStop)
     // 301 passes without 0x121: about 3 s on the dash's own clock.
     usleep(3500000);
     EXPECT_TRUE(Shows("faults_no_communication", 15000));
+    Stop(*dash);
+}
+
+// The main view edited in place: key 3 held for edit mode with its bar and page badge,
+// key 3 for the gauge stage, key 2 for the next gauge in cell 1, key 5 twice back out.
+TEST_P(Screens, QuadPageEditedInPlace)
+{
+    Start(1);
+    ASSERT_TRUE(Shows("quad", 20000));
+    KeyAction(root, 3, "press");
+    usleep(3500000);
+    EXPECT_TRUE(Shows("quad_edit_page", 1000)) << "edit mode while the key is still down";
+    KeyAction(root, 3, "release");
+    Key(root, 3);
+    EXPECT_TRUE(Shows("quad_edit_gauge"));
+    Key(root, 2);
+    EXPECT_TRUE(Shows("quad_edit_gauge_next")) << "cell 1 shows the gauge after the last one chosen";
+    Key(root, 5);
+    Key(root, 5);
+    EXPECT_TRUE(Shows("quad_edited"));
     Stop(*dash);
 }
 

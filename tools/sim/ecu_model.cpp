@@ -105,7 +105,8 @@ constexpr double TANK = 60;           // litres, each of two
 constexpr double PRIMARY_FLOW = 1000 * 0.745 / 60;    // g/s of one primary injector
 constexpr double SECONDARY_FLOW = 1600 * 0.745 / 60;  // g/s of one secondary injector
 constexpr double DEAD_US = 600;  // opening time of an injector
-constexpr double NITROUS_FULL[4] = {6300, 6250, 6400, 6150};  // kPa, bottles with their heaters on
+constexpr double NITROUS_FULL[4] = {6300, 6250, 6400, 6150};  // kPa, where each heater switches off
+constexpr double NITROUS_BAND = 600;  // kPa below full, where it switches on again
 
 const char* const FIRMWARE[2] = {"v2.31.0", " b1442"};  // 7 characters a half
 const char* const PART_NUMBER = "PN-20417";
@@ -397,14 +398,14 @@ void _tick(ECU_MODEL_T* m)
     m->map = natural + m->boost + _noise(m, 0.6);
     const double ve = 0.85 + 0.1 * _clamp(m->rpm / 4500, 0, 1);
     m->maf = DISPLACEMENT * m->rpm / 120 * (m->map / ATMOSPHERE) * 1.18 * ve;
-    const double inlet = ATMOSPHERE - 1 - 8 * std::pow(m->maf / 900, 2);
+    const double inlet = ATMOSPHERE - 1 - 8 * std::pow(m->maf / 450, 2);  // the air filter's loss
     const double ratio = std::max(1.0, m->map / inlet);
     _follow(&m->turbo, std::min(148000.0, 12000 + 42000 * (ratio - 1) + 55 * m->maf), 0.4, 0.8);
 
     // Knock under boost, more of it on low octane.
     double retardSum = 0;
     const double knockChance =
-        m->map > 150 && m->tps > 0.8 ? 0.0015 * (m->map - 150) / 70 * (m->highOctane ? 0.25 : 1) : 0;
+        m->map > 120 && m->tps > 0.8 ? 0.01 * (m->map - 120) / 80 * (m->highOctane ? 0.25 : 1) : 0;
     for (int c = 0; c < ECU_MODEL_CYLINDERS; c++) {
         if (_uniform(m) < knockChance) {
             m->knockRetard[c] = std::max(-12.0, m->knockRetard[c] - 2 - 3 * _uniform(m));
@@ -424,14 +425,16 @@ void _tick(ECU_MODEL_T* m)
     const double radius = _tyre(m) / (2 * std::numbers::pi);
     double drive = m->gear ? torque * RATIOS[m->gear] * FINAL * 0.88 / radius : 0;
     const bool held = m->brake > 0.9;  // standing on the brake: the car does not move
-    const double spin = !held && drive > TRACTION ? std::min(0.6, (drive / TRACTION - 1) * 0.5) : 0;
+    // The tyres grip less at a standstill than once rolling.
+    const double grip = TRACTION * (0.75 + 0.25 * std::min(1.0, m->speed / 15));
+    const double spin = !held && drive > grip ? std::min(0.6, (drive / grip - 1) * 0.5) : 0;
     _follow(&m->slip, spin, 0.15, 0.15);
     if (m->tractionControl && m->slip > 0.08) {
         m->tcsRetard = std::max(-40.0, m->tcsRetard - 60 * DT);
     } else {
         m->tcsRetard = std::min(0.0, m->tcsRetard + 30 * DT);
     }
-    drive = std::min(drive, TRACTION * (m->slip > 0.15 ? 0.9 : 1.0));
+    drive = std::min(drive, grip * (m->slip > 0.15 ? 0.9 : 1.0));
     const double resist = DRAG * m->speed * m->speed + (m->speed > 0 ? 0.015 * MASS * G : 0);
     const double brakeForce = m->brake * BRAKE_MAX;
     double net = drive - resist;
@@ -493,15 +496,23 @@ void _tick(ECU_MODEL_T* m)
                               m->rpm < 1200 ? 0 : 4 + 10 * _clamp(m->map / 100, 0, 1)};
     for (int k = 0; k < 2; k++) m->cam[k] += (camSet[k] - m->cam[k]) * DT / 0.12 + _noise(m, 0.1);
 
-    // Nitrous: armed on the track, a stage opens at full throttle, the heaters bring the
-    // bottles back.
+    // Nitrous: armed on the track, a stage opens at full throttle; each bottle's heater
+    // keeps its pressure in a band, cycling on and off.
     const bool armed = scenario.nitrous;
     const bool stage1 = armed && m->pedal > 0.95 && m->gear >= 2 && m->rpm > 4500 && m->shiftTimer <= 0;
     const bool stage2 = stage1 && m->gear >= 3;
     for (int b = 0; b < 4; b++) {
         const bool open = (b == 0 && stage1) || (b == 1 && stage2);
-        m->nitrous[b] = open ? std::max(0.0, m->nitrous[b] - 25 * DT)
-                             : std::min(NITROUS_FULL[b], m->nitrous[b] + 20 * DT);
+        double& p = m->nitrous[b];
+        if (open) {
+            p = std::max(0.0, p - 25 * DT);
+        } else if (m->heater[b]) {
+            p = std::min(NITROUS_FULL[b], p + 20 * DT);
+            m->heater[b] = p < NITROUS_FULL[b];
+        } else {
+            p -= 5 * DT;  // the bottle cools
+            if (p <= NITROUS_FULL[b] - NITROUS_BAND) m->heater[b] = true;
+        }
     }
     m->etcIterm = _clamp(m->etcIterm + _noise(m, 0.2), -4, 4);
     _faults(m);
@@ -588,7 +599,8 @@ void _tick(ECU_MODEL_T* m)
     V(TransTemp) = m->trans;
 
     V(RevLimiterActive) = limiter;
-    V(SlipPercent) = m->slip * 100;
+    // The slip of the converter: engine speed against the speed of the gearbox input.
+    V(SlipPercent) = m->gear ? _clamp(1 - _wheelRpm(m, drivenSpeed, m->gear) / m->rpm, 0, 1) * 100 : 0;
     V(WasteGatePressure_PSI) = (wastegate - ATMOSPHERE) * 0.145;
     V(EBP2_PSI) = std::max(0.0, ebp * 1.01 - ATMOSPHERE) * 0.145;
     V(Radiator_PSI) = radiatorKpa * 0.145;
@@ -609,7 +621,9 @@ void _tick(ECU_MODEL_T* m)
     V(MassAirFlow) = m->maf;
 
     V(Primary_StoichSetpoint) = STOICH;
-    V(BatteryVolts) = 14.15 - (m->coolant > 92 ? 0.25 : 0) + _noise(m, 0.03);
+    // The alternator charges fully from 2500 rpm; the fans and the fuel pumps take their share.
+    V(BatteryVolts) = 13.3 + 1.1 * _clamp((m->rpm - 800) / 1700, 0, 1) - (m->coolant > 92 ? 0.25 : 0) -
+                      (m->tps > 0.9 ? 0.2 : 0) + _noise(m, 0.03);
     V(High_Low_Switch) = 0;
     V(EncoderState) = 0;
     V(TractionControlEnabled) = m->tractionControl;
@@ -661,8 +675,10 @@ void _tick(ECU_MODEL_T* m)
     V(WasteGatePressure) = wastegate;
 
     const double level = 100 * (1 - m->fuelUsed / (2 * TANK));
-    V(Fuel_Level1) = level;
-    V(Fuel_Level2) = level - 2;
+    // The senders sit at the back of the tanks: the fuel runs to them as the car pulls away.
+    _follow(&m->slosh, m->accelG, 0.6, 0.6);
+    V(Fuel_Level1) = _clamp(level + 12 * m->slosh, 0, 100);
+    V(Fuel_Level2) = _clamp(level - 2 + 12 * m->slosh, 0, 100);
     V(Manifold_Surface_Temp) = m->manifold;
     V(Final_O2_Bank1) = m->eqBank[0];
     V(Final_O2_Bank2) = m->eqBank[1];
@@ -749,7 +765,10 @@ void ecu_model_init(ECU_MODEL_T* m, uint32_t seed)
     }
     m->eqBank[0] = m->eqBank[1] = 1;
     m->trim[0] = m->trim[1] = 1;
-    for (int b = 0; b < 4; b++) m->nitrous[b] = NITROUS_FULL[b];
+    for (int b = 0; b < 4; b++) {
+        m->nitrous[b] = NITROUS_FULL[b] - NITROUS_BAND * _uniform(m);
+        m->heater[b] = _uniform(m) < 0.5;
+    }
     m->fuelUsed = 2 * TANK * 0.18;
     snprintf(m->serial, sizeof(m->serial), "EC%06u", seed % 1000000);
     _enterSegment(m, 0);

@@ -110,7 +110,9 @@ struct ECU_MODEL_T {
 
     // Fluids.
     double fuelUsed;  // litres since the tanks were filled
+    double slosh;     // g that the fuel in the tanks feels, behind the car's
     double nitrous[4];
+    bool heater[4];  // each bottle's heater, which keeps its pressure in a band
     uint8_t encoderFaults;
 
     ECU_FAULT_T fault;

@@ -12,6 +12,7 @@
 #include "images.h"
 #include "menus.h"
 #include "mmi.h"
+#include "quad_keys.h"
 #include "timer_drv.h"
 
 namespace {
@@ -28,14 +29,20 @@ struct SCREEN_ROW_T {
 
 }  // namespace
 
-// A release: the detector saw the key down on the pass before and up now. The detector
-// keeps the state for the next pass either way.
-static bool _released(uint8_T* detector, KEYINDEX_T key)
+bool NavigationKeyReleased(uint8_T* detector, KEYINDEX_T key)
 {
     const uint8_T down = ButtonBarIsKeyPressed(key) ? 1 : 0;
     const bool released = *detector && !down;
     *detector = down;
     return released;
+}
+
+bool NavigationKeyPressed(uint8_T* detector, KEYINDEX_T key)
+{
+    const uint8_T down = ButtonBarIsKeyPressed(key) ? 1 : 0;
+    const bool pressed = !*detector && down;
+    *detector = down;
+    return pressed;
 }
 
 void Velnor_Dorvik_V6c_Subsystem(uint8_T enable)
@@ -95,9 +102,9 @@ void Trigger_GoToPrevScreen(void)
 void Trigger_DefaultButtonHandler(void)
 {
     PrevZCSigStates_Velnor_Dorvik_V6c& zc = Velnor_Dorvik_V6c_PrevZCSigState;
-    if (_released(&zc.GotoNextScreen1_Trig_ZCE, KEYINDEX_2)) Trigger_GoToNextScreen();
-    if (_released(&zc.GotoPrevScreen_Trig_ZCE, KEYINDEX_1)) Trigger_GoToPrevScreen();
-    if (_released(&zc.SettingsScreen2_Trig_ZCE, KEYINDEX_4)) MMIScreenGoto(SCREENID_MENU1);
+    if (NavigationKeyReleased(&zc.GotoNextScreen1_Trig_ZCE, KEYINDEX_2)) Trigger_GoToNextScreen();
+    if (NavigationKeyReleased(&zc.GotoPrevScreen_Trig_ZCE, KEYINDEX_1)) Trigger_GoToPrevScreen();
+    if (NavigationKeyReleased(&zc.SettingsScreen2_Trig_ZCE, KEYINDEX_4)) MMIScreenGoto(SCREENID_MENU1);
 }
 
 void Velnor_Dorvik_V6c_DefaultButtonHandler(uint8_T enable)
@@ -107,6 +114,8 @@ void Velnor_Dorvik_V6c_DefaultButtonHandler(uint8_T enable)
 
 void NavigationKeys(void)
 {
+    QuadKeys();
+
     const U32 screen = MMIGetScreenIdCurrent();
     const bool listScreen =
         screen == SCREENID_KNOCK || screen == SCREENID_SETTINGS || screen == SCREENID_FAULTS || screen == SCREENID_SYSINFO;
@@ -121,7 +130,7 @@ void NavigationKeys(void)
     }
 
     if (screen == SCREENID_SPLASH &&
-        _released(&Velnor_Dorvik_V6c_PrevZCSigState.Splash_Trig_ZCE, KEYINDEX_1)) {
+        NavigationKeyReleased(&Velnor_Dorvik_V6c_PrevZCSigState.Splash_Trig_ZCE, KEYINDEX_1)) {
         MMIScreenGoto(SCREENID_QUAD);
     }
 }

@@ -49,6 +49,11 @@ void Velnor_Dorvik_V6c_GotoNextScreen(void);
 void Trigger_DefaultButtonHandler(void);
 void Velnor_Dorvik_V6c_DefaultButtonHandler(uint8_T enable);
 
+// Edge detectors of the keys: a release is the key down at the detector's last test and
+// up now, a press the reverse. The detector keeps the key's state either way.
+bool NavigationKeyReleased(uint8_T* detector, KEYINDEX_T key);
+bool NavigationKeyPressed(uint8_T* detector, KEYINDEX_T key);
+
 // The keys of the current screen, once a foreground pass.
 void NavigationKeys(void);
 // Registers the nine screens and goes to the non-menu ones in start order, the splash

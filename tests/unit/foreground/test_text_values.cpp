@@ -333,6 +333,7 @@ const NUMBER_T m_numbers[] = {
     {&B.RPeakDouble_lw, 1, {101.0}},  // the speedometer's peak, as the wheel speed comes
     {&B.SetpointValueDouble, 1, {20.0}},
     {&B.SetpointValueDouble_c, 1, {15.0}},
+    {&B.SetpointValueDouble_p, 3, {(180 - ATMOSPHERE_KPA) * PSI_PER_KPA, 180.0, 1.8}},
     {&B.TargetPeakDouble, 3, {14.7 / 0.85, 1 / 0.85, 0.85}},
     {&B.TargetPeakDouble_b, 3, {14.7 / 0.85, 1 / 0.85, 0.85}},
 };
