@@ -205,25 +205,28 @@ FramebufferView::~FramebufferView()
     if (map_) munmap(map_, length_);
 }
 
-uint16_t FramebufferView::Pixel(uint32_t x, uint32_t y) const
+const uint16_t* FramebufferView::PageOnShow() const
 {
     const SIMFB_HEADER_T& h = Header();
     // The program pans while we look: read the live offset once.
     uint32_t yoffset = __atomic_load_n(&header_->yoffset, __ATOMIC_RELAXED);
     if (yoffset > h.yres_virtual - h.yres) yoffset = 0;
     const uint16_t* pixels = reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(map_) + SIMFB_HEADER_SIZE);
-    return pixels[(size_t)(yoffset + y) * h.xres_virtual + x];
+    return pixels + (size_t)yoffset * h.xres_virtual;
+}
+
+uint16_t FramebufferView::Pixel(uint32_t x, uint32_t y) const
+{
+    return PageOnShow()[(size_t)y * Header().xres_virtual + x];
 }
 
 std::vector<uint16_t> FramebufferView::Page() const
 {
     const SIMFB_HEADER_T& h = Header();
-    uint32_t yoffset = __atomic_load_n(&header_->yoffset, __ATOMIC_RELAXED);
-    if (yoffset > h.yres_virtual - h.yres) yoffset = 0;
-    const uint16_t* pixels = reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(map_) + SIMFB_HEADER_SIZE);
+    const uint16_t* pixels = PageOnShow();
     std::vector<uint16_t> page((size_t)h.xres * h.yres);
     for (uint32_t y = 0; y < h.yres; y++) {
-        memcpy(&page[(size_t)y * h.xres], pixels + (size_t)(yoffset + y) * h.xres_virtual, h.xres * sizeof(uint16_t));
+        memcpy(&page[(size_t)y * h.xres], pixels + (size_t)y * h.xres_virtual, h.xres * sizeof(uint16_t));
     }
     return page;
 }

@@ -71,6 +71,8 @@ public:
     std::vector<uint16_t> Page() const;
 
 private:
+    // The first pixel of the page on show.
+    const uint16_t* PageOnShow() const;
     void* map_ = nullptr;
     size_t length_ = 0;
     const SIMFB_HEADER_T* header_ = nullptr;

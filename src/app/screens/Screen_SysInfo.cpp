@@ -32,8 +32,9 @@ constexpr LABEL_T m_labels[] = {
 
 const char* DisplaySoftwareVersionText(void)
 {
-    static char text[16];
-    snprintf(text, sizeof(text), "v%02.2f", DISPLAY_SW_VERSION);
+    // Formatted once: the screens ask for it on every update.
+    static char text[16] = "";
+    if (text[0] == '\0') snprintf(text, sizeof(text), "v%02.2f", DISPLAY_SW_VERSION);
     return text;
 }
 
