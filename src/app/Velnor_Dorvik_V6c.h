@@ -424,6 +424,11 @@ struct BlockIO_Velnor_Dorvik_V6c {
     uint8_T ID_fr, Type_j3;       // cell 3
     uint8_T ID_frt, Type_j3w;     // cell 4
 
+    // Each menu's row last confirmed with key 4, counted from 1; 0 until then.
+    uint32_T quorin_sfun_screen_def_o2_f;  // settings
+    uint32_T quorin_sfun_screen_def_o2;    // gauge settings
+    uint32_T quorin_sfun_screen_def_o2_o;  // calibrations
+
     // The value of each gauge in the selected unit, with its scale and the decimals of its
     // format, every pass.
     real_T ValueDouble_km, DisplayMin_h2, DisplayMax_lf;  // engine speed

@@ -12,6 +12,12 @@ struct S_String {
     char* string;   // never reallocated
 };
 
+// The text of a string, "" for none.
+inline const char* SStringText(const S_String* text)
+{
+    return text && text->string ? text->string : "";
+}
+
 // ---- Live values -----------------------------------------------------------------
 
 struct RAMVariables_T {

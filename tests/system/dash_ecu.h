@@ -1,7 +1,10 @@
 #pragma once
 // What a screen test puts around a dash: a settings file in a chosen state, and an
 // engine controller that sends fixed frames on the virtual bus.
+#include <csignal>
 #include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <functional>
 #include <memory>
 #include <string>
@@ -79,3 +82,33 @@ private:
     std::unique_ptr<Process> player_;
     bool ok_ = false;
 };
+
+// Keys on the key lines of a running dash, as motordash-sim presses them.
+inline void KeyAction(const DeviceRoot& root, int key, const char* action)
+{
+    ASSERT_EQ(RunProgram(BinPath("motordash-sim"), {"key", root.Path(), std::to_string(key), action}), 0);
+    usleep(300000);  // the key scan and a few foreground passes see each state
+}
+
+inline void Key(const DeviceRoot& root, int key)
+{
+    KeyAction(root, key, "press");
+    KeyAction(root, key, "release");
+}
+
+// The splash stands for the first 2 s of the dash's uptime; what comes after it is what
+// a test looks at (and what a rewrite of the pictures must not catch).
+inline std::unique_ptr<Process> StartPastSplash(const DeviceRoot& root)
+{
+    auto dash = std::make_unique<Process>(BinPath("motordash"), root.Path().c_str());
+    usleep(2600000);
+    return dash;
+}
+
+inline void Stop(Process& dash)
+{
+    dash.Signal(SIGTERM);
+    int status = 0;
+    ASSERT_TRUE(dash.Wait(10000, &status));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << dash.Stderr();
+}

@@ -54,35 +54,6 @@ std::vector<std::string> AllFrames()
     return frames;
 }
 
-void KeyAction(const DeviceRoot& root, int key, const char* action)
-{
-    ASSERT_EQ(RunProgram(BinPath("motordash-sim"), {"key", root.Path(), std::to_string(key), action}), 0);
-    usleep(300000);  // the key scan and a few foreground passes see each state
-}
-
-void Key(const DeviceRoot& root, int key)
-{
-    KeyAction(root, key, "press");
-    KeyAction(root, key, "release");
-}
-
-// The splash stands for the first 2 s of the dash's uptime; what comes after it is what
-// a test looks at (and what a rewrite of the pictures must not catch).
-std::unique_ptr<Process> StartPastSplash(const DeviceRoot& root)
-{
-    auto dash = std::make_unique<Process>(BinPath("motordash"), root.Path().c_str());
-    usleep(2600000);
-    return dash;
-}
-
-void Stop(Process& dash)
-{
-    dash.Signal(SIGTERM);
-    int status = 0;
-    ASSERT_TRUE(dash.Wait(10000, &status));
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << dash.Stderr();
-}
-
 // A dash on a bus with the ECU's frames, started on the main screen `currentScreen`.
 class Screens : public ::testing::TestWithParam<const char*> {
 protected:

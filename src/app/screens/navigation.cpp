@@ -129,6 +129,9 @@ void NavigationKeys(void)
         ButtonBarSetHeight(MAIN_SCREEN_BAR_HEIGHT);
     }
 
+    if (screen == SCREENID_GAUGEMENU) GaugeMenuKeys();
+    if (screen == SCREENID_CALMENU) CalMenuKeys();
+
     if (screen == SCREENID_SPLASH &&
         NavigationKeyReleased(&Velnor_Dorvik_V6c_PrevZCSigState.Splash_Trig_ZCE, KEYINDEX_1)) {
         MMIScreenGoto(SCREENID_QUAD);
