@@ -1,6 +1,7 @@
 // The quad page, the view the dash shows most: one update of a factory page of four dials
 // with all four values moving, and with none moving (the page is redrawn whole either
-// way), and the same followed by the compose of the whole page.
+// way), and the same followed by the compose of the whole page; the large tachometer page
+// and a page with both custom panels.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -95,5 +96,40 @@ void BM_QuadPageUpdateAndCompose(benchmark::State& state)
     _update(state, true, true);
 }
 BENCHMARK(BM_QuadPageUpdateAndCompose);
+
+// The page shown with these four gauge words, engine speed and spark advance moving.
+void _gaugePage(benchmark::State& state, const uint16_T (&words)[4])
+{
+    _setup();
+    for (int c = 0; c < 4; c++) (&EEVariables_RAMShadow.PROFILE_1[0][0])[(PAGE - 1) * 4 + c] = words[c];
+    Timer_7Je7rTestPass(1010);
+    uint32_T n = 0;
+    for (auto _ : state) {
+        B.RPM = (n * 97) % 9000;
+        snprintf(B.ValueString_do->string, B.ValueString_do->size, "%5.0f", B.RPM);
+        B.ValueDouble_l0e = -25 + (n % 75);
+        snprintf(B.ValueString_l0e->string, B.ValueString_l0e->size, "%5.2f", B.ValueDouble_l0e);
+        n++;
+        Screen_QuadScreen_Update();
+        DirtyRectFlip();
+        ElementFlip();
+    }
+    state.SetItemsProcessed(state.iterations());
+    FTFTestDone();
+}
+
+// The large tachometer, which fills the page.
+void BM_LargeTachometerPageUpdate(benchmark::State& state)
+{
+    _gaugePage(state, {0x0305, 0, 0, 0});
+}
+BENCHMARK(BM_LargeTachometerPageUpdate);
+
+// A quad gauge, the spark panel two cells high on the right, the table over the lower row.
+void BM_CustomPanelsPageUpdate(benchmark::State& state)
+{
+    _gaugePage(state, {0x0035, 0x0200, 0x0100, 0});
+}
+BENCHMARK(BM_CustomPanelsPageUpdate);
 
 }  // namespace

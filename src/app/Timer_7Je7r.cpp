@@ -7,6 +7,7 @@
 #include "can_signals.h"
 #include "fault_table.h"
 #include "iouser.h"
+#include "large_gauges.h"
 #include "mmi.h"
 #include "navigation.h"
 #include "quad_gauges.h"
@@ -62,19 +63,6 @@ std::array<uint16_T, CAN_FRAME_COUNT> m_ages = [] {
     return ages;
 }();
 
-// The drawing functions of the gauges by the index of a gauge word. A gauge that is not
-// built draws nothing.
-template <size_t N>
-constexpr std::array<trigger_ref, N> _emptyGauges(void)
-{
-    std::array<trigger_ref, N> gauges{};
-    gauges.fill(trigger_ground);
-    return gauges;
-}
-constexpr std::array<trigger_ref, LARGE_GAUGE_COUNT> m_largeGauges = _emptyGauges<LARGE_GAUGE_COUNT>();
-constexpr trigger_ref m_doubleWide = trigger_ground;
-constexpr trigger_ref m_doubleTall = trigger_ground;
-
 constexpr uint8_T PROFILE_COUNT = 3;
 
 // A step's frames by their places in CAN_FRAMES, found when the program is built.
@@ -119,9 +107,9 @@ static void _constants(void)
     B.Knock = SCREENID_KNOCK;
     B.QuadsScreen = SCREENID_QUAD;
     for (size_t i = 0; i < QUAD_GAUGE_COUNT; i++) B.QuadGauge[i] = QUAD_GAUGE_TRIGGERS[i];
-    for (size_t i = 0; i < LARGE_GAUGE_COUNT; i++) B.LargeGauge[i] = m_largeGauges[i];
-    B.RPM_f = m_doubleWide;
-    B.tall = m_doubleTall;
+    for (size_t i = 0; i < LARGE_GAUGE_COUNT; i++) B.LargeGauge[i] = LARGE_GAUGE_TRIGGERS[i];
+    B.RPM_f = Trigger_doublewide_custom;
+    B.tall = Trigger_doubletall_custom;
     TextValuesSetPointers();
     FaultTableSetPointers();
 }

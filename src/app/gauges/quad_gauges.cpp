@@ -183,23 +183,18 @@ constexpr QUAD_GAUGE_T QUAD_GAUGES[QUAD_GAUGE_COUNT] = {
 
 namespace {
 
-// The dial's geometry, from the cell corner: where the picture goes, the needles' pivot
-// and length, and the row below which the front layer is cut so that marks show only at
-// their outer end.
+// The dial's geometry, from the cell corner: where the picture goes, the needles' pivot,
+// and the row below which the front layer is cut so that marks show only at their outer
+// end. The arc runs from -130 to -50 degrees, the scale proper from 4 to 76 of them.
 constexpr S32 DIAL_X = 4, DIAL_Y = 2;
 constexpr S32 PIVOT_X = 72, PIVOT_Y = 107;
-constexpr double NEEDLE_LENGTH = 98;
+constexpr GAUGE_ARC_T ARC = {98, 72, 80, 130};
 constexpr S32 ICON_X = 49, ICON_Y = 29;
 constexpr S32 CUT_LEFT = 4, CUT_RIGHT = 144, CUT_TOP = 2, CUT_ROW = 57, CUT_BOTTOM = 118;
-// The arc: 80 degrees from -130, the scale proper from 4 to 76 of them.
-constexpr double ARC_START_DEG = -130;
-constexpr double ARC_DEG = 80;
 constexpr double SCALE_START_DEG = 4;
-constexpr double SCALE_DEG = 72;
 constexpr double RAD_PER_DEG = 0.01745;
 
 constexpr U16 LIMIT_COLOUR = 0xD678;
-constexpr size_t TITLE_MAX = 24;     // characters of a title; a longer one is cut
 constexpr U32 SCALE_TEXT_SIZE = 11;  // "%.*lf" of a scale end
 constexpr U32 PANEL_LINE_SIZE = 40;  // one line of the custom information
 
@@ -210,26 +205,56 @@ real_T m_low[QUAD_GAUGE_COUNT];
 // two cells does not wipe its other picture.
 uint32_T m_panelElements[2][4];
 
-struct TIP_T {
-    S32 x, y;
-};
-
 }  // namespace
 
-// The point of the arc that a value stands for; out of the scale the needle goes on for
-// 4 degrees and stops.
-static TIP_T _tip(real_T v, real_T min, real_T max, S32 x, S32 y)
+GAUGE_TIP_T GaugeNeedleTip(const GAUGE_ARC_T& arc, S32 cx, S32 cy, real_T v, real_T min, real_T max)
 {
-    double d = (v - min) * SCALE_DEG / (max - min) + SCALE_START_DEG;
+    double d = (v - min) * arc.span / (max - min) + SCALE_START_DEG;
     if (!(d > 0)) d = 0;
-    if (d > ARC_DEG) d = ARC_DEG;
-    const double a = (d + ARC_START_DEG) * RAD_PER_DEG;
-    return {(S32)std::floor(x + PIVOT_X + std::cos(a) * NEEDLE_LENGTH),
-            (S32)std::floor(y + PIVOT_Y + std::sin(a) * NEEDLE_LENGTH)};
+    if (d > arc.travel) d = arc.travel;
+    const double a = (d - arc.offset) * RAD_PER_DEG;
+    return {(S32)std::floor(std::cos(a) * arc.radius + cx), (S32)std::floor(std::sin(a) * arc.radius + cy)};
 }
 
-static void _line(S32 x, S32 y, TIP_T tip, S32 thickness, U16 colour)
+const char* GaugeText(const S_String* text)
 {
+    return text && text->string ? text->string : "";
+}
+
+void GaugeLabel(S32 x, S32 y, const char* text, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h, FTF_VERTICAL_ALIGNMENT_T v,
+                U16 colour, LAYER_T layer)
+{
+    if (*text) outtextxyEx(x, y, text, FONT_INDEX_TTARIAL, size, h, v, 0, colour, 100, layer);
+}
+
+void GaugeScaleNumber(S32 x, S32 y, real_T value, uint8_T decimals, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h)
+{
+    char text[SCALE_TEXT_SIZE];
+    snprintf(text, sizeof(text), "%.*lf", (int)decimals, value);
+    GaugeLabel(x, y, text, size, h, VERTICAL_ALIGNMENT_TOP, WHITE, LAYER1);
+}
+
+static const char* _text(const QUAD_TEXT_T& t)
+{
+    return t.field ? GaugeText(Velnor_Dorvik_V6c_B.*t.field) : t.fixed;
+}
+
+GAUGE_TITLE_T QuadGaugeTitle(size_t index)
+{
+    GAUGE_TITLE_T title;
+    snprintf(title.text, sizeof(title.text), "%s", _text(QUAD_GAUGES[index].title));
+    return title;
+}
+
+const char* QuadGaugeUnit(size_t index)
+{
+    return _text(QUAD_GAUGES[index].unit);
+}
+
+// A mark or the needle, from the pivot of the dial whose cell corner is x, y.
+static void _line(S32 x, S32 y, real_T v, real_T min, real_T max, S32 thickness, U16 colour)
+{
+    const GAUGE_TIP_T tip = GaugeNeedleTip(ARC, x + PIVOT_X, y + PIVOT_Y, v, min, max);
     lineEx(x + PIVOT_X, y + PIVOT_Y, tip.x, tip.y, thickness, SOLID, colour, 100, LAYER2);
 }
 
@@ -239,30 +264,7 @@ static void _cut(S32 x, S32 y)
     blockclearEx(x + CUT_LEFT, y + CUT_ROW, x + CUT_RIGHT, y + CUT_BOTTOM, ALPHA_COLOR, LAYER2);
 }
 
-static const char* _text(const S_String* text)
-{
-    return text && text->string ? text->string : "";
-}
-
-static const char* _text(const QUAD_TEXT_T& t)
-{
-    return t.field ? _text(Velnor_Dorvik_V6c_B.*t.field) : t.fixed;
-}
-
-static void _label(S32 x, S32 y, const char* text, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h, FTF_VERTICAL_ALIGNMENT_T v,
-                   U16 colour, LAYER_T layer)
-{
-    if (*text) outtextxyEx(x, y, text, FONT_INDEX_TTARIAL, size, h, v, 0, colour, 100, layer);
-}
-
-static void _scaleNumber(S32 x, S32 y, real_T value, uint8_T decimals)
-{
-    char text[SCALE_TEXT_SIZE];
-    snprintf(text, sizeof(text), "%.*lf", (int)decimals, value);
-    _label(x, y, text, 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, WHITE, LAYER1);
-}
-
-static void _dial(size_t index, S32 x, S32 y)
+void QuadDialFace(size_t index, S32 x, S32 y, ALPHACONTROL_T iconAlpha, real_T& low)
 {
     const QUAD_GAUGE_T& g = QUAD_GAUGES[index];
     const QUAD_B_T& b = Velnor_Dorvik_V6c_B;
@@ -271,41 +273,45 @@ static void _dial(size_t index, S32 x, S32 y)
     const real_T max = b.*g.scaleMax;
 
     outimageEx(x + DIAL_X, y + DIAL_Y, &image_2WXZO, 100, ALPHA_OVERWRITE, LAYER1);
-    if (g.icon) outimageEx(x + ICON_X, y + ICON_Y, g.icon, 100, ALPHA_OVERWRITE, LAYER1);
-    _scaleNumber(x + 22, y + 35, min, b.*g.decimals);
-    _scaleNumber(x + 121, y + 35, max, b.*g.decimals);
-    _scaleNumber(x + 72, y + 20, (max + min) * 0.5, b.*g.decimals);
+    if (g.icon) outimageEx(x + ICON_X, y + ICON_Y, g.icon, 100, iconAlpha, LAYER1);
+    GaugeScaleNumber(x + 22, y + 35, min, b.*g.decimals, 10, LEFT_TXT);
+    GaugeScaleNumber(x + 121, y + 35, max, b.*g.decimals, 10, LEFT_TXT);
+    GaugeScaleNumber(x + 72, y + 20, (max + min) * 0.5, b.*g.decimals, 10, LEFT_TXT);
     blockclearEx(x + CUT_LEFT, y + CUT_TOP, x + CUT_RIGHT, y + CUT_ROW, ALPHA_COLOR, LAYER2);
 
-    real_T& low = m_low[index];
-    const real_T newLow = std::isnan(low) || value < low ? value : low;
-    _line(x, y, _tip(newLow, min, max, x, y), THICK, GREEN);
+    if (std::isnan(low) || value < low) low = value;
+    _line(x, y, low, min, max, THICK, GREEN);
     _cut(x, y);
     if (g.peak != QUAD_MARK_HIDDEN) {
         const real_T peak = g.peak == QUAD_MARK_VALUE ? b.*g.peakValue : 0.0;
-        _line(x, y, _tip(peak, min, max, x, y), NORMAL, GREEN);
+        _line(x, y, peak, min, max, NORMAL, GREEN);
     }
     if (g.limit != QUAD_MARK_HIDDEN) {
         const real_T limit = g.limit == QUAD_MARK_VALUE ? b.*g.limitValue : 0.0;
-        _line(x, y, _tip(limit, min, max, x, y), THICK, LIMIT_COLOUR);
+        _line(x, y, limit, min, max, THICK, LIMIT_COLOUR);
     }
     _cut(x, y);
     const bool inScale = value >= min && value <= max;
-    _line(x, y, _tip(value, min, max, x, y), THICK, inScale ? YELLOW : RED);
+    _line(x, y, value, min, max, THICK, inScale ? YELLOW : RED);
     _cut(x, y);
+}
 
-    char title[TITLE_MAX + 1];
-    snprintf(title, sizeof(title), "%s", _text(g.title));
-    _label(x + 72, y + 60, title, 12, CENTER_TXT, VERTICAL_ALIGNMENT_TOP, WHITE, LAYER1);
-    _label(x + 109, y + 97, _text(g.unit), 14, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, WHITE, LAYER1);
+static void _dial(size_t index, S32 x, S32 y)
+{
+    const QUAD_GAUGE_T& g = QUAD_GAUGES[index];
+    const QUAD_B_T& b = Velnor_Dorvik_V6c_B;
+    QuadDialFace(index, x, y, ALPHA_OVERWRITE, m_low[index]);
+    GaugeLabel(x + 72, y + 60, QuadGaugeTitle(index).text, 12, CENTER_TXT, VERTICAL_ALIGNMENT_TOP, WHITE, LAYER1);
+    GaugeLabel(x + 109, y + 97, QuadGaugeUnit(index), 14, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, WHITE, LAYER1);
     if (g.rightLabel) {
-        _label(x + 109, y + 69, g.rightLabel, 10, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, GREEN, LAYER2);
-        _label(x + 6, y + 69, g.leftLabel, 10, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, GREEN, LAYER2);
+        GaugeLabel(x + 109, y + 69, g.rightLabel, 10, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, GREEN, LAYER2);
+        GaugeLabel(x + 6, y + 69, g.leftLabel, 10, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, GREEN, LAYER2);
     }
-    if (g.peakText) _label(x + 134, y + 55, _text(b.*g.peakText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
-    if (g.lowText) _label(x + 7, y + 55, _text(b.*g.lowText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
-    _label(x + 92, y + 87, _text(b.*g.valueText), 24, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
-    low = newLow;
+    if (g.peakText)
+        GaugeLabel(x + 134, y + 55, GaugeText(b.*g.peakText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
+    if (g.lowText)
+        GaugeLabel(x + 7, y + 55, GaugeText(b.*g.lowText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
+    GaugeLabel(x + 92, y + 87, GaugeText(b.*g.valueText), 24, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
 }
 
 // The element of a panel in the cell whose corner is x, y.
@@ -328,7 +334,7 @@ static void _gear(S32 x, S32 y)
     const uint32_T id = _panelElement(QUAD_GEAR, x, y);
     ElementFillPrevRect(id, ALPHA_COLOR, LAYER2);
     _panelText(id, x + 80, y + 5, "CALCULATED GEAR", 12, WHITE_TEXT);
-    _panelText(id, x + 50, y + 7, _text(Velnor_Dorvik_V6c_B.ValueString_dm), 110, YELLOW);
+    _panelText(id, x + 50, y + 7, GaugeText(Velnor_Dorvik_V6c_B.ValueString_dm), 110, YELLOW);
     outimageExEle(id, x + 100, y + 68, &image_qMjyV, 100, ALPHA_OVERWRITE, LAYER2);
 }
 
@@ -350,8 +356,8 @@ static void _customInfo(S32 x, S32 y)
     char text[PANEL_LINE_SIZE];
     for (S32 n = 0; n < 6; n++) {
         const LINE_T& l = lines[n];
-        if (l.unit) snprintf(text, sizeof(text), "%s : %s %s", l.name, _text(l.value), _text(l.unit));
-        else snprintf(text, sizeof(text), "%s : %s", l.name, _text(l.value));
+        if (l.unit) snprintf(text, sizeof(text), "%s : %s %s", l.name, GaugeText(l.value), GaugeText(l.unit));
+        else snprintf(text, sizeof(text), "%s : %s", l.name, GaugeText(l.value));
         _panelText(id, x + 80, y + 5 + 19 * n, text, 11, WHITE_TEXT);
     }
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "Velnor_Dorvik_V6c.h"
+#include "freetype_api.h"
 #include "outimage.h"
 
 // The gauges by their index in a gauge word; the order is a stored format.
@@ -77,6 +78,46 @@ struct QUAD_GAUGE_T {
 
 // One row a gauge, in index order.
 extern const QUAD_GAUGE_T QUAD_GAUGES[QUAD_GAUGE_COUNT];
+
+// What the larger gauges share with these.
+
+// A dial's arc. A value v maps to d = (v - min) * span / (max - min) + 4 degrees of the
+// needle's travel, held to 0 to `travel`: the scale proper starts 4 degrees in, and a
+// value off the scale still shows for 4 degrees past either end, where the needle stops.
+// The needle points at -offset + d degrees, 0 being right and angles growing clockwise.
+struct GAUGE_ARC_T {
+    double radius;  // of the tip
+    double span;
+    double travel;
+    double offset;
+};
+struct GAUGE_TIP_T {
+    S32 x, y;
+};
+// The tip of a needle at v on the arc about (cx, cy).
+GAUGE_TIP_T GaugeNeedleTip(const GAUGE_ARC_T& arc, S32 cx, S32 cy, real_T v, real_T min, real_T max);
+
+// The text of a record; "" for none.
+const char* GaugeText(const S_String* text);
+// A text of the gauges: font 0, no extra spacing, opacity 100; an empty one draws nothing.
+void GaugeLabel(S32 x, S32 y, const char* text, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h, FTF_VERTICAL_ALIGNMENT_T v,
+                U16 colour, LAYER_T layer);
+// A number of a scale, "%.*lf", white on the back layer, top aligned.
+void GaugeScaleNumber(S32 x, S32 y, real_T value, uint8_T decimals, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h);
+
+// A gauge's title as drawn: a computed one is cut to the 24 characters of its buffer.
+struct GAUGE_TITLE_T {
+    char text[25];
+};
+GAUGE_TITLE_T QuadGaugeTitle(size_t index);
+// A gauge's unit: a fixed text or the word of its unit setting.
+const char* QuadGaugeUnit(size_t index);
+
+// The dial of gauge `index` up to its needle: face, icon, scale numbers, the low, peak
+// and limit marks and the needle, each trimmed on the front layer as the cell dial does.
+// x, y is the corner of the cell the dial stands in; `low` is the lowest value drawn,
+// which moves on to this value.
+void QuadDialFace(size_t index, S32 x, S32 y, ALPHACONTROL_T iconAlpha, real_T& low);
 
 // Test hooks: for tests and benchmarks only, never called by the dash.
 // The lowest value of every gauge back to 0, as at power-up.

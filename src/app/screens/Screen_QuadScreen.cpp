@@ -117,16 +117,21 @@ static void _warning(S32 y, const char* text)
     if (*text) outtextxyEx(164, y, text, FONT_INDEX_TTARIAL, 30, CENTER_TXT, VERTICAL_ALIGNMENT_TOP, 0, RED, 100, LAYER2);
 }
 
+void QuadScreenStatusWords(void)
+{
+    const bool stick = EventHandlerIsUSBStickInserted();
+    _statusWord(1, "USB", stick);
+    _statusWord(11, "Logging", stick && RAMVariables.LoggBitActive);
+    _statusWord(21, "Eject", EventHandlerIsUSBStickEjected());
+}
+
 void Screen_QuadScreen_Update(void)
 {
     vLcdBlankerEx(0, 65535);
     outimageEx(0, 0, &image_NZET6, 100, ALPHA_INVARIANT, LAYER1);
     _cells();
     if (RAMVariables.EditMode) _badge();
-    const bool stick = EventHandlerIsUSBStickInserted();
-    _statusWord(1, "USB", stick);
-    _statusWord(11, "Logging", stick && RAMVariables.LoggBitActive);
-    _statusWord(21, "Eject", EventHandlerIsUSBStickEjected());
+    QuadScreenStatusWords();
     _warning(100, FaultValetWarning());
     _warning(5, FaultEngineWarning());
 }

@@ -7,6 +7,8 @@
 void Screen_QuadScreen_Enter(void);
 void Screen_QuadScreen_Create(void);
 void Screen_QuadScreen_Update(void);
+// The USB, logging and eject words in the top right corner, green when true.
+void QuadScreenStatusWords(void);
 
 // The drawing function of a cell, from the table of its gauge type. When enabled: the
 // function of the index, or 0 for an index past the table.
