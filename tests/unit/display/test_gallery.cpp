@@ -1,6 +1,12 @@
-// One page with every primitive on both layers, composed as the dash composes it, on
-// both panels, upright and flipped, against its reference pictures.
+// Two pages with every primitive on both layers, composed as the dash composes it, on
+// both panels, upright and flipped, against their reference pictures: the plain
+// primitives, then the anti-aliased shapes and the gauge widget.
+#include <cmath>
+
+#include "antialias.h"
 #include "display_fixture.h"
+#include "freetype_api.h"
+#include "gauge.h"
 #include "images.h"
 #include "lcd_blan.h"
 #include "line.h"
@@ -10,6 +16,7 @@
 #include "b_fill.h"
 #include "outimage.h"
 #include "picture_check.h"
+#include "ttfonts.h"
 
 namespace {
 
@@ -20,12 +27,18 @@ struct Place {
     S32 Y(S32 y) const { return y * scale; }
 };
 
-void DrawGallery(const Place& p)
+// Back layer stripes, to show translucency over them.
+void DrawBackground(void)
 {
     vLcdBlankerEx(MAKERGB565(20, 24, 32), ALPHA_COLOR);
-    // Back layer: stripes to show translucency over them, and its own primitives,
-    // which the front layer shows through its transparent pixels.
     for (S32 x = 0; x < (S32)gScreenWidth; x += 16) blockfillEx(x, 0, x + 7, (S32)gScreenHeight - 1, MAKERGB565(40, 48, 64), 100, LAYER1);
+}
+
+void DrawGallery(const Place& p)
+{
+    // Back layer: its own primitives, which the front layer shows through its
+    // transparent pixels.
+    DrawBackground();
     lineExEle(ELEMENTID_INVALID, p.X(0), p.Y(235), p.X(319), p.Y(140), THICK, SOLID, MAKERGB565(0, 120, 60), 100, LAYER1);
     rectangleExEle(ELEMENTID_INVALID, p.X(160), p.Y(100), p.X(205), p.Y(150), NORMAL, DOTTED, MAKERGB565(255, 165, 0), 100, LAYER1);
     blockfillExEle(ELEMENTID_INVALID, p.X(270), p.Y(140), p.X(315), p.Y(175), MAKERGB565(200, 0, 200), 50, LAYER1);
@@ -57,22 +70,80 @@ void DrawGallery(const Place& p)
     outimageEx(p.X(250), p.Y(190), &needle_boss, 100, ALPHA_INVARIANT, LAYER2);
 }
 
+// The shape scaled, turned by angleDeg about its origin and moved to (x, y) of the page.
+std::vector<VERTEX_T> Placed(std::vector<VERTEX_T> v, float scale, float angleDeg, const Place& p, S32 x, S32 y)
+{
+    const S32 n = (S32)v.size();
+    VertexScale(scale * (float)p.scale, scale * (float)p.scale, n, v.data(), v.data());
+    VertexRotateDeg(0, 0, angleDeg, n, v.data(), v.data());
+    VertexTranslate(p.X(x), p.Y(y), n, v.data(), v.data());
+    return v;
+}
+
+void DrawAntialiasGallery(const Place& p)
+{
+    DrawBackground();
+    // A fan of needles at several angles and opacities on both layers, the translucent
+    // ones over the stripes and over each other at the hub.
+    struct {
+        float angle;
+        U16 colour;
+        U32 opacity;
+        LAYER_T layer;
+    } const fan[] = {{-75, MAKERGB565(255, 140, 0), 100, LAYER1}, {-45, YELLOW, 100, LAYER2}, {-15, CYAN, 50, LAYER2},
+                     {15, GREEN, 60, LAYER1}, {45, WHITE_TEXT, 100, LAYER2}, {75, RED, 30, LAYER2}};
+    for (const auto& n : fan) {
+        std::vector<VERTEX_T> v = Placed({{-5, -5}, {0, 0}, {5, -5}, {2, -96}, {0, -100}, {-2, -96}}, 0.8f, n.angle, p, 80, 105);
+        PolyFillAA(6, v.data(), n.colour, n.opacity, n.layer);
+    }
+    // A concave star, whose notches fill in row by row, and its outline.
+    std::vector<VERTEX_T> star;
+    for (int i = 0; i < 10; i++) star.push_back({0.0f, i % 2 ? -8.0f : -20.0f});
+    for (int i = 0; i < 10; i++) VertexRotateDeg(0, 0, 36.0f * (float)i, 1, &star[i], &star[i]);
+    std::vector<VERTEX_T> filled = Placed(star, 1, 10, p, 178, 28), outlined = Placed(star, 1, 10, p, 178, 80);
+    PolyFillAA(10, filled.data(), MAGENTA, 100, LAYER1);
+    PolyStrokeAAEle(ELEMENTID_INVALID, 10, outlined.data(), MAKERGB565(255, 200, 0), 100, LAYER2);
+    // Anti-aliased lines around a point, every 15 degrees.
+    for (int i = 0; i < 24; i++) {
+        VERTEX_T end = Placed({{0, -48}}, 1, 15.0f * (float)i, p, 258, 55)[0];
+        LineAAEle(ELEMENTID_INVALID, p.X(258), p.Y(55), (S32)lroundf(end.x), (S32)lroundf(end.y),
+                  i % 2 ? LIGHT_GRAY : MAKERGB565(120, 200, 255), 100, LAYER2);
+    }
+    // Gauge widgets: clockwise over 270 degrees with the hub, and counter-clockwise.
+    const float scale = 0.6f * (float)p.scale;
+    GAUGE_T clockwise = {(S32)ElementGetNewId(), 0, 8, 225, 135, DIRECTION_ClockWise, p.X(80), p.Y(178), 9, 1, 0, scale,
+                         RED, WHITE_TEXT, &needle_boss, nullptr, 0, 0};
+    GAUGE_T counter = {(S32)ElementGetNewId(), 0, 120, 135, 225, DIRECTION_CounterClockWise, p.X(240), p.Y(178), 7, 3, 0,
+                       scale, YELLOW, CYAN, nullptr, nullptr, 0, 0};
+    vGaugeCreate(&clockwise);
+    vGaugeUpdate(&clockwise, 5.5f);
+    vGaugeCreate(&counter);
+    vGaugeUpdate(&counter, 75);
+}
+
 TEST(GalleryPictures, EveryPrimitiveOnBothLayersBothPanelsUprightAndFlipped)
 {
+    ASSERT_EQ(FTFInit(gpaFreetypeFontData, gFreetypeNumFonts), 0);
     struct Panel {
         U32 w, h;
         Place place;
+        const char* size;
+    };
+    struct Page {
+        void (*draw)(const Place&);
         const char* name;
     };
-    for (const Panel& panel : {Panel{320, 240, {1, 0}, "gallery_320x240"}, Panel{800, 480, {2, 80}, "gallery_800x480"}}) {
-        for (const bool flipped : {false, true}) {
-            ResetDisplay(panel.w, panel.h);
-            DrawGallery(panel.place);
-            vSetLcdFlipped(flipped);
-            std::vector<U16> page((size_t)panel.w * panel.h);
-            LayerMergerTestCompose(page.data());
-            const std::string name = std::string(panel.name) + (flipped ? "_flipped" : "");
-            EXPECT_TRUE(MatchesPicture(name, page.data(), panel.w, panel.h, panel.w));
+    for (const Page& gallery : {Page{DrawGallery, "gallery_"}, Page{DrawAntialiasGallery, "gallery_antialias_"}}) {
+        for (const Panel& panel : {Panel{320, 240, {1, 0}, "320x240"}, Panel{800, 480, {2, 80}, "800x480"}}) {
+            for (const bool flipped : {false, true}) {
+                ResetDisplay(panel.w, panel.h);
+                gallery.draw(panel.place);
+                vSetLcdFlipped(flipped);
+                std::vector<U16> page((size_t)panel.w * panel.h);
+                LayerMergerTestCompose(page.data());
+                const std::string name = std::string(gallery.name) + panel.size + (flipped ? "_flipped" : "");
+                EXPECT_TRUE(MatchesPicture(name, page.data(), panel.w, panel.h, panel.w));
+            }
         }
     }
     ResetDisplay();
