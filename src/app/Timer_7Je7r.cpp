@@ -14,6 +14,7 @@
 #include "signal_holds.h"
 #include "text_values.h"
 #include "timer_drv.h"
+#include "usb_log.h"
 
 namespace {
 
@@ -159,12 +160,14 @@ static void _pass(uint32_T nowMs)
     const real_T now = nowMs;
 
     _decode(m_logStep);
+    UsbLogTrigger();
     _decode(m_egtKnockStep);
     _decode(m_faultStep);
     B.Age = m_ages[FRAME_121];
     _decode(m_signalStep);
     B.Age_f = m_ages[FRAME_104];
 
+    UsbLogSync(nowMs);
     RAMVariables.LoggBitActive = B.Start_Log != 0;
     RAMVariables.ValetMode = B.Valet_Mode != 0;
     RAMVariables.ValetMode2 = B.Valet_Mode2 != 0;

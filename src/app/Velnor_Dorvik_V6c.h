@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "data.h"
+#include "filefolder.h"
 #include "rtwtypes.h"
 #include "timer_drv.h"
 
@@ -411,6 +412,10 @@ struct BlockIO_Velnor_Dorvik_V6c {
     real_T Fuel_Level2RangeHigh;
     real_T Fuel_Level2RangeLow;
     real_T Fuel_Tank_Purge_Active;
+
+    // The log file: the request while a stick is in, and the open file's handle.
+    uint8_T LogicalOperator;
+    FILE_T* Merge;
 
     uint16_T Age;    // foreground passes since the last fault frame 0x121
     uint16_T Age_f;  // foreground passes since the last frame 0x104

@@ -7,6 +7,7 @@
 #include "data.h"
 #include "settings.h"
 #include "timer_drv.h"
+#include "usb_log.h"
 #include "xcp_can.h"
 #include "xcp_core.h"
 #include "xcp_target.h"
@@ -62,6 +63,7 @@ void Thread_Foreground(void)
 void Thread_Foregroundx5(void)
 {
     _countPass(TASK_FOREGROUNDX5);
+    if (!app_is_in_shutdown) Timer_aUXrF();
 }
 
 void Thread_Second(void)

@@ -6,10 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "can_signals.h"
 #include "crc.h"
 #include "dash_harness.h"
 #include "data.h"
@@ -24,6 +26,17 @@ inline void WriteSettings(const DeviceRoot& root, const std::function<void(EEVar
     std::string image(32768, '\xFF');
     memcpy(image.data(), &record, sizeof(record));
     root.Write("app/data/config/motordash-eeprom.dat", image);
+}
+
+// A frame of the engine controller with these signals, the others 0, as "id#hex".
+inline std::string EcuFrame(uint32_t id, std::initializer_list<std::pair<const char*, double>> signals)
+{
+    uint8_t data[8] = {};
+    for (const auto& [name, value] : signals) CANEncodeSignal(CAN_SIGNALS[CANSignalIndex(name)], value, data);
+    char text[32];
+    int n = snprintf(text, sizeof(text), "%03X#", id);
+    for (uint8_t b : data) n += snprintf(text + n, sizeof(text) - (size_t)n, "%02X", b);
+    return text;
 }
 
 // The virtual bus of a root, and an engine controller on it that sends each of its

@@ -31,6 +31,16 @@ int64_t NowMs()
     return (int64_t)ts.tv_sec * 1000 + ts.tv_nsec / 1000000;
 }
 
+bool WaitUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    const int64_t end = NowMs() + timeoutMs;
+    do {
+        if (done()) return true;
+        usleep(2000);
+    } while (NowMs() < end);
+    return done();
+}
+
 static void _removeTree(const std::string& path)
 {
     nftw(path.c_str(), [](const char* p, const struct stat*, int, struct FTW*) { return remove(p); }, 16,

@@ -3,6 +3,7 @@
 // user would see: the page on the simulated framebuffer, the output, the files.
 #include <csignal>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -86,3 +87,5 @@ private:
 
 // Monotonic milliseconds.
 int64_t NowMs();
+// Polls `done` until it holds, up to timeoutMs; its last answer.
+bool WaitUntil(const std::function<bool()>& done, int timeoutMs);

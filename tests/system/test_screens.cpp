@@ -24,17 +24,6 @@ const std::string FAULTS_133 = "133#0000000000000000";
 const std::vector<std::string> IDENTITY = {"122#00465720322E3130|122#012D420000000000", "123#534E313233343536",
                                            "124#504E2D3737383841"};
 
-// A frame of the engine controller with these signals, the others 0, as "id#hex".
-std::string EcuFrame(uint32_t id, std::initializer_list<std::pair<const char*, double>> signals)
-{
-    uint8_t data[8] = {};
-    for (const auto& [name, value] : signals) CANEncodeSignal(CAN_SIGNALS[CANSignalIndex(name)], value, data);
-    char text[32];
-    int n = snprintf(text, sizeof(text), "%03X#", id);
-    for (uint8_t b : data) n += snprintf(text + n, sizeof(text) - (size_t)n, "%02X", b);
-    return text;
-}
-
 // What the first factory page reads: both banks' air/fuel and the target (whose text
 // 0x119 guards), the stoichiometric ratio, manifold pressure and throttle.
 std::vector<std::string> Engine()

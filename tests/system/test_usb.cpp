@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <functional>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,16 +12,6 @@ namespace {
 
 const std::string APP_COMMAND = "app/event/app_command";
 const std::string SCRIPT_COMMAND = "app/event/script_command";
-
-bool WaitUntil(const std::function<bool()>& done, int timeoutMs)
-{
-    const int64_t end = NowMs() + timeoutMs;
-    do {
-        if (done()) return true;
-        usleep(2000);
-    } while (NowMs() < end);
-    return done();
-}
 
 // The main loop runs (and so the signals are taken) once the compositor pans.
 bool WaitRunning(const DeviceRoot& root)
