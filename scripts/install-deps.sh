@@ -33,8 +33,11 @@ if [ -n "$missing" ]; then
     $SUDO apt-get install -y -qq --no-install-recommends $missing >/dev/null
 fi
 
-# The browser test's driver, from the npm registry, pinned by its lock file.
-E2E="$(dirname "$0")/../tests/e2e"
-if [ ! -d "$E2E/node_modules/playwright-core" ]; then
-    (cd "$E2E" && npm ci --silent --no-audit --no-fund >/dev/null)
-fi
+# From the npm registry, each pinned by its lock file: the browser test's driver, and the
+# chart library that the simulator's page embeds when it is built.
+TOP="$(dirname "$0")/.."
+for needed in tests/e2e/node_modules/playwright-core tools/sim/web/node_modules/uplot; do
+    if [ ! -d "$TOP/$needed" ]; then
+        (cd "$TOP/${needed%/node_modules/*}" && npm ci --silent --no-audit --no-fund >/dev/null)
+    fi
+done

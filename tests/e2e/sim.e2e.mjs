@@ -1,8 +1,8 @@
-// The simulator's web page in a real browser: the live screen, a key, the stick.
+// The simulator's web page in a real browser: the live screen, a key, the stick, a log.
 // Usage: node sim.e2e.mjs BIN_DIR
 import { chromium } from "playwright-core";
 import { spawn, execFileSync } from "node:child_process";
-import { mkdtempSync, readFileSync, existsSync, rmSync } from "node:fs";
+import { mkdtempSync, readFileSync, existsSync, rmSync, writeFileSync } from "node:fs";
 import { createServer } from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -26,6 +26,26 @@ async function until(what, test, ms = 10000) {
     await sleep(50);
   }
   throw new Error("timed out waiting for " + what);
+}
+
+// A log as the dash writes it: the five header lines, then a row every 20 ms from
+// `startMs` of uptime, engine speed rising and the coolant warm.
+function syntheticLog(startMs, rows) {
+  const names = Array.from({ length: 153 }, (_, i) => `PCM1.P${i}.Column${i + 2}`);
+  names.splice(0, 1, "PCM1.P9.RPM");
+  names.splice(23, 1, "PCM1.P19.Coolant_Temp");
+  const units = names.map((_, i) => (i === 0 ? "RPM" : i === 23 ? "C" : "Num"));
+  let text = "Interval (ms),1\n," + names.join(",") + "\n," + names.map(() => "Range::0 100, ").join("") + "\n" +
+    "DateTime" + ",Value".repeat(153) + "\nseconds," + units.join(",") + "\n";
+  const two = (n) => String(n).padStart(2, "0");
+  for (let r = 0; r < rows; r++) {
+    const ms = startMs + 20 * r;
+    const stamp = `2000-01-${two(Math.floor(ms / 86400000) + 1)}::${two(Math.floor(ms / 3600000) % 24)}:` +
+      `${two(Math.floor(ms / 60000) % 60)}:${two(Math.floor(ms / 1000) % 60)}.${String(ms % 1000).padStart(3, "0")}`;
+    const values = names.map((_, i) => (i === 0 ? 800 + 15 * r : i === 23 ? 85 : i).toFixed(2));
+    text += stamp + "," + values.join(",") + "\n";
+  }
+  return text;
 }
 
 const read = (rel) => { try { return readFileSync(join(root, rel), "utf8"); } catch { return null; } };
@@ -88,6 +108,37 @@ try {
   // The frames the dash sends include its settings frame.
   const sent = await (await fetch(url + "api/frames")).text();
   assert.match(sent, /can0 131#[0-9A-F]{16}/);
+
+  // A log on the stick, continued after a power cycle (a second header, the clock from
+  // the start again) and with a row still being written: the viewer lists it, plots
+  // engine speed by default, offers both runs and adds a column chosen by name. The
+  // engine controller's request is switched off, so that the dash writes no log of its own.
+  await page.selectOption("#log-request", "off");
+  await until("the request off", async () => (await (await fetch(url + "api/state")).json()).ecu.logging === false);
+  await page.click("#usb-insert");
+  await until("the stick mounted", () => existsSync(join(root, "media/disk_sda1")));
+  writeFileSync(join(root, "media/disk_sda1/first run.csv"),
+    syntheticLog(0, 400) + syntheticLog(2000, 300) + "2000-01-01::00:00:08.020,12");
+  await page.click("#log-files tr >> text=first run.csv");
+  await until("the plot", async () => (await page.locator("#log-chart canvas").count()) > 0);
+  assert.match(await page.textContent("#log-info"), /^700 rows, .*2 runs/);
+  assert.equal(await page.locator("#log-run option").count(), 2);
+  const legend = async () => page.locator("#log-chart .u-legend .u-label").allTextContents();
+  assert.deepEqual(await legend(), ["Time", "PCM1.P9.RPM"]);
+  await page.fill("#log-filter", "coolant");
+  await page.locator("#log-columns label:visible").click();
+  await until("the second series", async () => (await legend()).length === 3);
+  assert.deepEqual(await legend(), ["Time", "PCM1.P9.RPM", "PCM1.P19.Coolant_Temp"]);
+  // Drawn: the first series' colour covers a good part of the plot.
+  const lit = await page.evaluate(() => {
+    const c = document.querySelector("#log-chart canvas");
+    const d = c.getContext("2d").getImageData(0, 0, c.width, c.height).data;
+    let n = 0;
+    for (let i = 0; i < d.length; i += 4) if (d[i] > 200 && d[i + 1] > 140 && d[i + 1] < 210 && d[i + 2] < 80) n++;
+    return n;
+  });
+  assert.ok(lit > 300, `pixels of the engine speed line: ${lit}`);
+  assert.equal(await page.getAttribute("#log-download", "href"), "/api/logs/first%20run.csv");
   console.log("browser test passed");
 } catch (e) {
   console.error(e.message);

@@ -1,10 +1,12 @@
 // motordash-sim run through its HTTP API, as scripts and the web page use it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <csignal>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "dash_harness.h"
@@ -145,6 +147,51 @@ TEST_F(Simulator, ScreenKeysStickPowerAndProduct)
     EXPECT_NE(state.body.find("\"product\":\"720\""), std::string::npos) << state.body;
 }
 
+TEST_F(Simulator, LogsOnTheStickAndNothingElse)
+{
+    EXPECT_EQ(Http(port, "GET", "/api/logs").body, "[]") << "no stick yet";
+    ASSERT_EQ(Http(port, "POST", "/api/usb/insert").status, 200);
+    const std::string log = "Interval (ms),1\n";
+    root.Write("media/disk_sda1/Velnor_v650_CAN_00000001.csv", log);
+    root.Write("media/disk_sda1/notes 2.txt", "x");
+    root.Write("media/secret.txt", "not on the stick");
+    root.Write("media/disk_sda1/folder/inside.csv", "in a folder");
+    ASSERT_EQ(symlink(root.Abs("media/secret.txt").c_str(), root.Abs("media/disk_sda1/link.csv").c_str()), 0);
+    ASSERT_EQ(mkfifo(root.Abs("media/disk_sda1/fifo.csv").c_str(), 0644), 0);
+
+    const Reply list = Http(port, "GET", "/api/logs");
+    EXPECT_EQ(list.status, 200);
+    const size_t first = list.body.find("{\"name\":\"Velnor_v650_CAN_00000001.csv\",\"size\":16,\"modified\":\"20");
+    EXPECT_EQ(first, 1u) << list.body;
+    EXPECT_NE(list.body.find("},{\"name\":\"notes 2.txt\",\"size\":1,"), std::string::npos) << list.body;
+    EXPECT_EQ(std::count(list.body.begin(), list.body.end(), '{'), 2) << "regular files only: " << list.body;
+
+    EXPECT_EQ(Http(port, "GET", "/api/logs/Velnor_v650_CAN_00000001.csv").body, log);
+    EXPECT_EQ(Http(port, "GET", "/api/logs/notes%202.txt").body, "x");
+    for (const char* name : {"link.csv", "fifo.csv", "folder", "folder/inside.csv", "..%2Fsecret.txt", "%2E%2E%2fsecret.txt",
+                             "%2e%2e", "missing.csv", "%zz", "x%00"}) {
+        EXPECT_EQ(Http(port, "GET", std::string("/api/logs/") + name).status, 404) << name;
+    }
+
+    // A file the dash is still writing gives what it holds at each reading; pulled,
+    // the stick keeps showing its files.
+    FILE* f = fopen(root.Abs("media/disk_sda1/Velnor_v650_CAN_00000001.csv").c_str(), "a");
+    ASSERT_NE(f, nullptr);
+    fputs("2000-01-01::00:00:01.000,1.00\n", f);
+    fflush(f);
+    EXPECT_EQ(Http(port, "GET", "/api/logs/Velnor_v650_CAN_00000001.csv").body, log + "2000-01-01::00:00:01.000,1.00\n");
+    fclose(f);
+    ASSERT_EQ(Http(port, "POST", "/api/usb/pull").status, 200);
+    EXPECT_EQ(Http(port, "GET", "/api/logs/notes%202.txt").body, "x");
+
+    // The engine controller's logging request, forced and back to the scenario's.
+    EXPECT_NE(Http(port, "POST", "/api/drive/log/off").body.find("\"logging\":false,\"log_request\":\"off\""),
+              std::string::npos);
+    EXPECT_NE(Http(port, "POST", "/api/drive/log/on").body.find("\"logging\":true,\"log_request\":\"on\""),
+              std::string::npos);
+    EXPECT_EQ(Http(port, "POST", "/api/drive/log/sometimes").status, 409);
+}
+
 TEST_F(Simulator, ABusyPortIsRefusedPlainly)
 {
     std::string err;
@@ -153,6 +200,28 @@ TEST_F(Simulator, ABusyPortIsRefusedPlainly)
               1);
     EXPECT_NE(err.find("port " + std::to_string(port) + " is busy"), std::string::npos) << err;
     EXPECT_FALSE(root.Exists("other")) << "nothing is started or made";
+}
+
+TEST_F(Simulator, IoBoardShownWithItsInputsAndPulledOffTheLink)
+{
+    EXPECT_NE(Http(port, "GET", "/").body.find("/api/ioboard"), std::string::npos) << "the page shows the board";
+    const Reply board = Http(port, "GET", "/api/ioboard");
+    ASSERT_EQ(board.status, 200) << board.body;
+    EXPECT_NE(board.body.find("\"link\":\"on\""), std::string::npos) << board.body;
+    EXPECT_NE(board.body.find("\"bootloader\":2,\"application\":"), std::string::npos) << board.body;
+
+    const Reply set = Http(port, "POST", "/api/ioboard/input/an3/2.5");
+    EXPECT_EQ(set.status, 200);
+    EXPECT_NE(set.body.find("\"an\":[0,0,2.5,0,"), std::string::npos) << set.body;
+    EXPECT_EQ(Http(port, "POST", "/api/ioboard/input/an15/1").status, 409);
+    EXPECT_EQ(Http(port, "POST", "/api/ioboard/input/an3").status, 404);
+    EXPECT_NE(Http(port, "POST", "/api/ioboard/link/off").body.find("\"link\":\"off\""), std::string::npos);
+
+    // A power cycle powers the board up afresh: back on the link, inputs at rest.
+    EXPECT_EQ(Http(port, "POST", "/api/power/cycle").status, 200);
+    const Reply after = Http(port, "GET", "/api/ioboard");
+    EXPECT_NE(after.body.find("\"link\":\"on\""), std::string::npos) << after.body;
+    EXPECT_NE(after.body.find("\"an\":[0,0,0,0,"), std::string::npos) << after.body;
 }
 
 }  // namespace

@@ -158,6 +158,9 @@ constexpr SCENARIO_T SCENARIOS[] = {
 };
 static_assert(std::size(m_names) == std::size(SCENARIOS));
 
+const char* const m_logRequests[] = {"auto", "on", "off"};
+static_assert(std::size(m_logRequests) == ECU_LOG_OFF + 1);
+
 const char* const m_phases[] = {"idle", "cruise", "launch", "pass", "brake", "corner", "cool-down"};
 static_assert(std::size(m_phases) == ECU_PHASE_COOLDOWN + 1);
 
@@ -217,6 +220,10 @@ const SEGMENT_T& _segment(const ECU_MODEL_T* m)
 bool _atRest(ECU_PHASE_T phase)
 {
     return phase == ECU_PHASE_IDLE || phase == ECU_PHASE_COOLDOWN;
+}
+bool _logWanted(const ECU_MODEL_T* m)
+{
+    return m->logRequest == ECU_LOG_AUTO ? !_atRest(m->phase) : m->logRequest == ECU_LOG_ON;
 }
 double _tyre(const ECU_MODEL_T* m)
 {
@@ -579,7 +586,7 @@ void _tick(ECU_MODEL_T* m)
     V(O2Fuel_MultA) = m->trim[0];
     V(O2Fuel_MultB) = m->trim[1];
 
-    V(Start_Log) = !_atRest(m->phase);
+    V(Start_Log) = _logWanted(m);
     V(EthanolContent) = ETHANOL;
     V(EncoderFaultCount) = m->encoderFaults;
     V(MIL) = m->fault.row != 0;
@@ -804,6 +811,18 @@ void ecu_model_pause(ECU_MODEL_T* m, bool paused)
     m->paused = paused;
 }
 
+bool ecu_model_set_log_request(ECU_MODEL_T* m, const char* name)
+{
+    for (size_t i = 0; name && i < std::size(m_logRequests); i++) {
+        if (strcmp(name, m_logRequests[i]) == 0) {
+            m->logRequest = (ECU_LOG_REQUEST_T)i;
+            V(Start_Log) = _logWanted(m);  // the next frame carries it, paused or not
+            return true;
+        }
+    }
+    return false;
+}
+
 void ecu_model_step(ECU_MODEL_T* m, uint64_t nowMs, void (*send)(int port, const struct can_frame* frame, void* ctx),
                     void* ctx)
 {
@@ -877,11 +896,11 @@ std::string ecu_model_status_json(const ECU_MODEL_T* m)
     snprintf(text, sizeof(text),
              "{\"scenario\":\"%s\",\"phase\":\"%s\",\"paused\":%s,\"rpm\":%.0f,\"speed_mph\":%.1f,\"gear\":%.0f,"
              "\"coolant_c\":%.1f,\"oil_c\":%.1f,\"egt_c\":%.0f,\"map_kpa\":%.0f,\"boost_stage\":%u,"
-             "\"mil\":%s,\"logging\":%s,\"time_s\":%.1f}",
+             "\"mil\":%s,\"logging\":%s,\"log_request\":\"%s\",\"time_s\":%.1f}",
              m_names[m->scenario], m_phases[m->phase], m->paused ? "true" : "false", m->rpm, m->speed / MPH,
              (double)m->gear, m->coolant, m->oil, m->values[_row("EGT")], m->map,
              m->boostStage, m->values[_row("MIL")] != 0 ? "true" : "false",
-             m->values[_row("Start_Log")] != 0 ? "true" : "false", m->ticks * DT);
+             m->values[_row("Start_Log")] != 0 ? "true" : "false", m_logRequests[m->logRequest], m->ticks * DT);
     return text;
 }
 

@@ -27,6 +27,13 @@ enum ECU_PHASE_T : uint8_t {
     ECU_PHASE_COOLDOWN,  // standing after a run, engine idling
 };
 
+// The logging request (bit Start_Log of 0x109): what the scenario asks for, or forced.
+enum ECU_LOG_REQUEST_T : uint8_t {
+    ECU_LOG_AUTO,  // while the car is driven, not while it stands
+    ECU_LOG_ON,
+    ECU_LOG_OFF,
+};
+
 // A fault that comes now and then while the car is driven, and the lamp with it.
 struct ECU_FAULT_T {
     uint16_t row;       // in the signal table; 0 for none
@@ -53,6 +60,7 @@ struct ECU_MODEL_T {
     uint8_t segment;        // index into the scenario's script
     uint32_t segmentTicks;  // ticks spent in the segment
     ECU_PHASE_T phase;
+    ECU_LOG_REQUEST_T logRequest;
 
     // What the dash asks for in its settings frame 0x131 (factory settings until one comes).
     uint8_t boostStage;  // 1 to 5
@@ -131,6 +139,9 @@ const char* const* ecu_model_scenarios(size_t* count);
 const char* ecu_model_scenario(const ECU_MODEL_T* m);
 // Paused, the values stand still and the frames keep coming: an ECU does not stop sending.
 void ecu_model_pause(ECU_MODEL_T* m, bool paused);
+// Forces the logging request "on" or "off", or leaves it to the scenario ("auto"); it
+// takes effect at once, paused or not. False for another name.
+bool ecu_model_set_log_request(ECU_MODEL_T* m, const char* name);
 // Advances the model to nowMs (monotonic, any start) and hands every frame due by then,
 // in time order, to send (port 0 = can0, 1 = can1). After a stall of the caller only the
 // last second's frames go out, and the model skips what lies beyond 5 s.

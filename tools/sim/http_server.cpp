@@ -6,6 +6,7 @@
 #include <cstring>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/sendfile.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -36,6 +37,18 @@ bool _sendAll(int fd, const char* data, size_t length)
         if (n <= 0) return false;
         data += n;
         length -= (size_t)n;
+    }
+    return true;
+}
+
+// The file goes from the page cache to the socket; false when it ends early (it was cut
+// short meanwhile) or the peer went away, since the length was promised.
+bool _sendFile(int fd, int file, uint64_t length)
+{
+    off_t offset = 0;
+    while ((uint64_t)offset < length) {
+        const size_t chunk = length - (uint64_t)offset < (1u << 30) ? (size_t)(length - (uint64_t)offset) : 1u << 30;
+        if (sendfile(fd, file, &offset, chunk) <= 0) return false;
     }
     return true;
 }
@@ -96,13 +109,22 @@ void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atom
         }
         char line[256];
         std::string out;
-        snprintf(line, sizeof(line), "HTTP/1.1 %d %s\r\nContent-Type: %s\r\nContent-Length: %zu\r\n", response.status,
-                 _reason(response.status), response.contentType.c_str(), response.body.size());
+        const bool file = response.bodyFile >= 0;
+        snprintf(line, sizeof(line), "HTTP/1.1 %d %s\r\nContent-Type: %s\r\nContent-Length: %llu\r\n", response.status,
+                 _reason(response.status), response.contentType.c_str(),
+                 (unsigned long long)(file ? response.bodyFileLength : response.body.size()));
         out = line;
         out += "Cache-Control: no-store\r\nConnection: keep-alive\r\n";
         for (const auto& h : response.headers) out += h.first + ": " + h.second + "\r\n";
         out += "\r\n";
-        if (!_sendAll(fd, out.data(), out.size()) || !_sendAll(fd, response.body.data(), response.body.size())) break;
+        bool sent = _sendAll(fd, out.data(), out.size());
+        if (file) {
+            sent = sent && _sendFile(fd, response.bodyFile, response.bodyFileLength);
+            close(response.bodyFile);
+        } else {
+            sent = sent && _sendAll(fd, response.body.data(), response.body.size());
+        }
+        if (!sent) break;
     }
     close(fd);
 }

@@ -16,6 +16,10 @@ struct HTTP_RESPONSE_T {
     int status = 200;
     std::string contentType = "text/plain; charset=utf-8";
     std::string body;
+    // Or, for a file too large to hold: the first bodyFileLength bytes of this descriptor,
+    // which the server closes when they are sent.
+    int bodyFile = -1;
+    uint64_t bodyFileLength = 0;
     std::vector<std::pair<std::string, std::string>> headers;
 };
 

@@ -5,7 +5,7 @@
 namespace {
 
 constexpr TOOL_COMMAND_T m_commands[] = {
-    {"run", sim_run, "run [--root ROOT] [--port N] [--product 310|720]   the whole simulated dash, with a web page"},
+    {"run", sim_run, "run [--root ROOT] [--port N] [--product 310|720] [--no-ioboard]   the whole simulated dash, with a web page"},
     {"init", sim_init, "init ROOT [--product 310|720]   make a device root that passes the start gate"},
     {"screenshot", sim_screenshot, "screenshot ROOT FILE.png        write the page on show as a PNG"},
     {"key", sim_key, "key ROOT 1-5 press|release        press or release a key of a running dash"},

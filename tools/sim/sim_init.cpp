@@ -6,7 +6,9 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
+#include "ioboard_image.h"
 #include "sim_commands.h"
 #include "keypad_drv.h"
 #include "simfb.h"
@@ -113,6 +115,16 @@ bool sim_make_root(const std::string& base, const char* productName, std::string
     if (!_writeText(base + "/etc/VERSION", ROOTFS_VERSION)) failed = "etc/VERSION";
     if (!_writeText(base + "/proc/sys/kernel/osrelease", OS_RELEASE)) failed = "proc/sys/kernel/osrelease";
     if (!_writeText(base + "/usr/sbin/fw_printenv", FW_PRINTENV, 0755)) failed = "usr/sbin/fw_printenv";
+
+    // The I/O board's firmware, newer than the board's factory flash, so that the first
+    // start updates the board. A file already there is the user's and stays.
+    const std::string firmware = ioboard_image_path(base, product->id);
+    struct stat st;
+    if (stat(firmware.c_str(), &st) != 0) {
+        std::vector<uint8_t> image(IOBOARD_FILE_SIZE);
+        ioboard_image_make(image.data(), IOBOARD_INIT_VERSION, IOBOARD_TYPICAL_CODE_BYTES, product->id + 2);
+        if (!_write(firmware, image.data(), image.size())) failed = firmware;
+    }
 
     const std::string fb = base + "/dev/fb0";
     if (!_framebufferFits(fb, *product) && !simfb_create(fb.c_str(), product->width, product->height))

@@ -1,10 +1,36 @@
 #include "sim_page.h"
 
+// The files embedded when the simulator was built (tools/CMakeLists.txt).
+extern const unsigned char SIM_WEB_LOG_VIEWER[], SIM_WEB_CHART_JS[], SIM_WEB_CHART_CSS[], SIM_WEB_CHART_LICENSE[];
+extern const unsigned int SIM_WEB_LOG_VIEWER_SIZE, SIM_WEB_CHART_JS_SIZE, SIM_WEB_CHART_CSS_SIZE,
+    SIM_WEB_CHART_LICENSE_SIZE;
+
+bool sim_page_file(const std::string& path, SIM_PAGE_FILE_T* file)
+{
+    static const struct {
+        const char* path;
+        SIM_PAGE_FILE_T file;
+    } FILES[] = {
+        {"/web/log_viewer.mjs", {"text/javascript; charset=utf-8", SIM_WEB_LOG_VIEWER, SIM_WEB_LOG_VIEWER_SIZE}},
+        {"/web/uPlot.iife.min.js", {"text/javascript; charset=utf-8", SIM_WEB_CHART_JS, SIM_WEB_CHART_JS_SIZE}},
+        {"/web/uPlot.min.css", {"text/css; charset=utf-8", SIM_WEB_CHART_CSS, SIM_WEB_CHART_CSS_SIZE}},
+        {"/web/uPlot.LICENSE.txt", {"text/plain; charset=utf-8", SIM_WEB_CHART_LICENSE, SIM_WEB_CHART_LICENSE_SIZE}},
+    };
+    for (const auto& f : FILES) {
+        if (path == f.path) {
+            *file = f.file;
+            return true;
+        }
+    }
+    return false;
+}
+
 const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
 <html lang="en">
 <head>
 <meta charset="utf-8">
 <title>motordash simulator</title>
+<link rel="stylesheet" href="/web/uPlot.min.css">
 <style>
   body { background: #15181d; color: #d8dee9; font: 14px/1.4 system-ui, sans-serif; margin: 0; }
   header { padding: 10px 18px; background: #0d0f12; border-bottom: 1px solid #2a2f37; }
@@ -14,7 +40,7 @@ const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
   .screens { display: flex; gap: 18px; align-items: flex-start; }
   figure { margin: 0; }
   figcaption { color: #8a93a3; font-size: 12px; margin-top: 4px; }
-  canvas { background: #000; display: block; border: 2px solid #2a2f37; border-radius: 4px; }
+  .screens canvas { background: #000; display: block; border: 2px solid #2a2f37; border-radius: 4px; }
   #big { image-rendering: pixelated; }
   .keys { display: flex; gap: 6px; margin-top: 10px; }
   .keys button { flex: 1; height: 48px; font-size: 15px; font-weight: 600; }
@@ -27,6 +53,25 @@ const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
   pre { font-size: 12px; max-height: 220px; overflow: auto; background: #0d0f12; padding: 8px; border-radius: 4px; }
   .value { color: #ffb300; font-weight: 600; }
   #error { color: #ff6b6b; }
+  .io { display: grid; grid-template-columns: repeat(2, max-content 64px max-content); gap: 3px 6px; align-items: center; font-size: 12px; }
+  .io input[type=number] { width: 58px; background: #0d0f12; color: #d8dee9; border: 1px solid #3a414c; border-radius: 4px; }
+  a { color: #ffb300; }
+  .hint { color: #8a93a3; font-size: 12px; }
+  #logs { margin: 0 18px 18px; }
+  .logs { display: grid; grid-template-columns: minmax(220px, max-content) minmax(0, 1fr) 260px; gap: 18px; align-items: start; }
+  @media (max-width: 1100px) { .logs { grid-template-columns: 1fr; } }
+  .logs table { border-collapse: collapse; font-size: 12px; }
+  .logs td, .logs th { padding: 3px 8px; text-align: left; white-space: nowrap; }
+  .logs th { color: #8a93a3; font-weight: normal; }
+  #log-files tr { cursor: pointer; }
+  #log-files tr:hover { background: #262b33; }
+  #log-files tr.chosen { background: #3a2f10; color: #ffb300; }
+  #log-chart { min-height: 360px; color: #8a93a3; }
+  #log-filter { width: 100%; box-sizing: border-box; background: #0d0f12; color: #d8dee9; border: 1px solid #3a414c; border-radius: 4px; padding: 5px; }
+  #log-columns { max-height: 420px; overflow: auto; margin-top: 6px; font-size: 12px; }
+  #log-columns label { display: block; white-space: nowrap; }
+  #log-columns label[hidden] { display: none; }
+  #log-columns small { color: #8a93a3; }
 </style>
 </head>
 <body>
@@ -53,12 +98,37 @@ const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
     </section>
     <section><h2>Engine controller</h2>
       <div class="row">Scenario <select id="scenario"></select> <button id="pause">Pause</button></div>
+      <div class="row">Logging request <select id="log-request"><option value="auto">auto: while driven</option>
+        <option value="on">on</option><option value="off">off</option></select></div>
       <div class="row" id="ecu"></div>
       <div class="row">Dash asks: <span class="value" id="settings">&ndash;</span></div>
+    </section>
+    <section><h2>I/O board</h2>
+      <div class="row">Firmware <span class="value" id="io-version">&ndash;</span> <button id="io-link">Pull off the link</button></div>
+      <div class="io" id="io-inputs"></div>
+      <div class="row hint">Outputs as the board drives them: duty of 255 and the voltage read back.</div>
+      <div class="row" id="io-outputs" style="font-size:12px"></div>
     </section>
     <section><h2>Frames the dash sent</h2><pre id="frames"></pre></section>
   </div>
 </main>
+<section id="logs"><h2>Logs on the USB stick</h2>
+  <div class="logs">
+    <div><table><thead><tr><th>File</th><th>Size</th><th>Modified</th></tr></thead><tbody id="log-files"></tbody></table>
+      <div class="hint" id="log-none">The stick holds no files.</div></div>
+    <div>
+      <div class="row"><span class="value" id="log-name">Choose a file</span> <select id="log-run" hidden></select>
+        <button id="log-reload" disabled>Reload</button> <button id="log-whole" disabled>Whole run</button>
+        <a id="log-download" download hidden>Download</a> <span class="hint" id="log-info"></span></div>
+      <div id="log-chart"></div>
+      <div class="hint">Drag across the plot to zoom in; double-click it or press Whole run to see all of it.
+        Charts by uPlot (<a href="/web/uPlot.LICENSE.txt">MIT licence</a>).</div>
+    </div>
+    <div><input id="log-filter" type="search" placeholder="Filter columns" disabled><div id="log-columns"></div></div>
+  </div>
+</section>
+<script src="/web/uPlot.iife.min.js"></script>
+<script type="module" src="/web/log_viewer.mjs"></script>
 <script>
 "use strict";
 const $ = (id) => document.getElementById(id);
@@ -88,7 +158,8 @@ function show(s) {
     if (s.ecu.scenario) sc.value = s.ecu.scenario;
     paused = !!s.ecu.paused;
     $("pause").textContent = paused ? "Resume" : "Pause";
-    $("ecu").textContent = Object.entries(s.ecu).filter(([k]) => k !== "scenario" && k !== "paused")
+    $("log-request").value = s.ecu.log_request;
+    $("ecu").textContent = Object.entries(s.ecu).filter(([k]) => !["scenario", "paused", "log_request"].includes(k))
       .map(([k, v]) => k + " " + (typeof v === "number" ? Math.round(v * 10) / 10 : v)).join(" \u00b7 ");
   }
   s.keys.forEach((down, i) => $("key" + (i + 1)).classList.toggle("down", !!down));
@@ -114,6 +185,7 @@ $("usb-pull").onclick = () => post("/api/usb/pull");
 $("power").onclick = () => post("/api/power/cycle");
 $("product").onchange = (e) => post("/api/product/" + e.target.value);
 $("scenario").onchange = (e) => post("/api/drive/scenario/" + e.target.value);
+$("log-request").onchange = (e) => post("/api/drive/log/" + e.target.value);
 $("pause").onclick = () => post(paused ? "/api/drive/resume" : "/api/drive/pause");
 
 // The live screen: the page on show as raw pixels, drawn as fast as they come.
@@ -156,6 +228,66 @@ async function poll() {
   } catch (e) { $("error").textContent = "the simulator does not answer"; }
   setTimeout(poll, 500);
 }
+// The I/O board: what it runs, its inputs (each channel in the unit the dash measures it
+// in) and its outputs.
+const ioInputs = [["supply", "Supply", "V"], ["tach", "Tach", "Hz"]];
+for (let i = 1; i <= 14; i++) ioInputs.push(["an" + i, "AN" + i, ""]);
+for (const n of ["1", "2", "3", "x"]) ioInputs.push(["sw" + n, "Switch " + n, "switch"]);
+let ioLink = "on";
+for (const [name, label, unit] of ioInputs) {
+  const field = document.createElement("input");
+  field.id = "io-" + name;
+  field.type = unit === "switch" ? "checkbox" : "number";
+  if (unit !== "switch") { field.step = "any"; field.min = "0"; }
+  field.onchange = () => {
+    const value = unit === "switch" ? (field.checked ? 1 : 0) : field.value;
+    const input = field.dataset.input || name;
+    fetch("/api/ioboard/input/" + input + "/" + value, { method: "POST" }).then(async (r) => {
+      $("error").textContent = r.ok ? "" : (await r.text()).trim();
+    });
+  };
+  const caption = document.createElement("span");
+  caption.textContent = label;
+  const unitText = document.createElement("span");
+  unitText.id = "io-unit-" + name;
+  unitText.textContent = unit === "switch" ? "closed" : unit;
+  $("io-inputs").append(caption, field, unitText);
+}
+$("io-link").onclick = () => fetch("/api/ioboard/link/" + (ioLink === "on" ? "off" : "on"), { method: "POST" });
+
+function showBoard(b) {
+  ioLink = b.link;
+  $("io-link").textContent = b.link === "on" ? "Pull off the link" : "Put back on the link";
+  const app = b.application === 255 ? "no application" : "application v" + b.application;
+  $("io-version").textContent = (b.mode === "application" ? app + " running" : "bootloader v" + b.bootloader + ", " + app) +
+    (b.sectorsErased ? " \u00b7 updating: " + b.sectorsErased + " sectors erased, " + b.bytesProgrammed + " bytes written" : "") +
+    (b.mode === "application" ? " \u00b7 stream mode " + b.stream : "") + (b.link === "on" ? "" : " \u00b7 off the link");
+  const set = (name, value, input) => {
+    const field = $("io-" + name);
+    if (input) field.dataset.input = input;
+    if (document.activeElement === field) return;
+    if (field.type === "checkbox") field.checked = !!value; else field.value = value;
+  };
+  set("supply", b.inputs.supply);
+  set("tach", b.inputs.tach);
+  b.inputs.channels.forEach((mode, i) => {
+    const ohms = mode === "R";
+    set("an" + (i + 1), ohms ? b.inputs.res[i] : b.inputs.an[i], (ohms ? "res" : "an") + (i + 1));
+    $("io-unit-an" + (i + 1)).textContent = ohms ? "\u2126" : mode === "G" ? "V, high gain" : "V";
+  });
+  ["1", "2", "3", "x"].forEach((n, i) => set("sw" + n, b.inputs.sw[i]));
+  $("io-outputs").textContent = b.outputs.duty.map((d, i) => (i + 1) + ": " + d + " (" + b.outputs.volts[i] + " V)").join(" \u00b7 ") +
+    " \u00b7 PWM " + b.outputs.pwmFrequency;
+}
+
+async function pollBoard() {
+  try {
+    const r = await fetch("/api/ioboard");
+    if (r.ok) showBoard(await r.json()); else $("io-version").textContent = "no board: " + (await r.text()).trim();
+  } catch (e) { $("io-version").textContent = "\u2013"; }
+  setTimeout(pollBoard, 1000);
+}
+pollBoard();
 picture();
 poll();
 </script>

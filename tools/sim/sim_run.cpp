@@ -12,6 +12,7 @@
 #include <deque>
 #include <fcntl.h>
 #include <linux/can.h>
+#include <condition_variable>
 #include <mutex>
 #include <poll.h>
 #include <string>
@@ -26,8 +27,10 @@
 #include "can_log.h"
 #include "ecu_model.h"
 #include "http_server.h"
+#include "ioboard_control.h"
 #include "png_io.h"
 #include "sim_commands.h"
+#include "sim_logs.h"
 #include "sim_page.h"
 #include "sim_screen.h"
 #include "tool_clock.h"
@@ -49,6 +52,8 @@ struct SIM_T {
     std::mutex lock;  // everything below
     pid_t dash = -1;
     pid_t bus = -1;
+    pid_t board = -1;  // the simulated I/O board; stays -1 with --no-ioboard
+    bool withBoard = true;
     STICK_T stick = STICK_NONE;
     bool keys[5] = {};
     ECU_MODEL_T ecu;
@@ -70,7 +75,7 @@ std::string _binDir(void)
 }
 
 // A child that ends with the simulator, whatever ends it.
-pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
+pid_t _fork(const std::vector<std::string>& args, const std::string& dashRoot)
 {
     const pid_t pid = fork();
     if (pid != 0) return pid;
@@ -88,6 +93,45 @@ pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
     execv(argv[0], argv.data());
     fprintf(stderr, "motordash-sim run: cannot start %s: %s\n", argv[0], strerror(errno));
     _exit(127);
+}
+
+// The parent-death signal comes when the thread that forked the child ends, not the
+// process, and the HTTP server's threads end with their connections: a dash started by a
+// power cycle from the page would be ended as the page's connection closed. So children
+// are forked by one thread that lives as long as the simulator.
+struct SPAWNER_T {
+    std::mutex callers;  // one request at a time
+    std::mutex lock;
+    std::condition_variable changed;
+    const std::vector<std::string>* args = nullptr;  // the request, null when served
+    const std::string* dashRoot = nullptr;
+    pid_t pid = -1;
+};
+// Never destroyed: its thread waits on it until the process ends.
+SPAWNER_T& m_spawner = *new SPAWNER_T;
+
+void _spawnerThread(void)
+{
+    std::unique_lock<std::mutex> guard(m_spawner.lock);
+    for (;;) {
+        m_spawner.changed.wait(guard, [] { return m_spawner.args != nullptr; });
+        m_spawner.pid = _fork(*m_spawner.args, *m_spawner.dashRoot);
+        m_spawner.args = nullptr;
+        m_spawner.changed.notify_all();
+    }
+}
+
+pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
+{
+    static std::once_flag started;
+    std::call_once(started, [] { std::thread(_spawnerThread).detach(); });
+    std::lock_guard<std::mutex> caller(m_spawner.callers);
+    std::unique_lock<std::mutex> guard(m_spawner.lock);
+    m_spawner.args = &args;
+    m_spawner.dashRoot = &dashRoot;
+    m_spawner.changed.notify_all();
+    m_spawner.changed.wait(guard, [] { return m_spawner.args == nullptr; });
+    return m_spawner.pid;
 }
 
 // Ends a child: SIGTERM, then SIGKILL after `graceMs`.
@@ -108,10 +152,32 @@ void _startDash(void)
     m_sim.dash = _spawn({m_sim.bin + "/motordash"}, m_sim.root);
 }
 
+// The I/O board powers up with the dash, from the flash it keeps in the root. The dash
+// probes it once at its start, so the board's line must be there first.
+void _startBoard(void)
+{
+    const std::string link = m_sim.root + "/dev/ttySP2";
+    if (!m_sim.withBoard) {
+        unlink(link.c_str());  // a link left behind could lead to someone else's terminal
+        return;
+    }
+    m_sim.board = _spawn({m_sim.bin + "/motordash-ioboard", m_sim.root}, "");
+    std::string reply;
+    for (int waited = 0; waited < 3000 && !ioboard_control(m_sim.root, "status", &reply); waited += 10) usleep(10000);
+}
+
+void _endBoard(void)
+{
+    _end(m_sim.board, 1000);
+    m_sim.board = -1;
+}
+
 std::string _powerCycle(void)
 {
     _end(m_sim.dash, 3000);
+    _endBoard();
     m_sim.powerCycles++;
+    _startBoard();
     _startDash();
     printf("motordash-sim: power cycle %u\n", m_sim.powerCycles);
     return "";
@@ -308,6 +374,9 @@ std::string _post(const std::string& path)
     if (path == "/api/power/cycle") return _powerCycle();
     if (path == "/api/drive/pause") return ecu_model_pause(&m_sim.ecu, true), "";
     if (path == "/api/drive/resume") return ecu_model_pause(&m_sim.ecu, false), "";
+    if (path.rfind("/api/drive/log/", 0) == 0) {
+        return ecu_model_set_log_request(&m_sim.ecu, path.c_str() + 15) ? "" : "on, off or auto";
+    }
     if (path.rfind("/api/drive/scenario/", 0) == 0) {
         return ecu_model_set_scenario(&m_sim.ecu, path.c_str() + 20) ? "" : "unknown scenario";
     }
@@ -316,20 +385,95 @@ std::string _post(const std::string& path)
         if (product != "310" && product != "720") return "product 310 or 720";
         _end(m_sim.dash, 3000);
         m_sim.dash = -1;
+        _endBoard();
         std::string error;
         if (!sim_make_root(m_sim.root, product.c_str(), &error)) return error;
         m_sim.product = product;
+        _startBoard();
         _startDash();
         return "";
     }
     return "?";
 }
 
+// The stick's folder, in the slot or out of it (the stick keeps its files); -1 before
+// it was ever inserted. A descriptor, so that a pull meanwhile does not matter.
+int _openStick(void)
+{
+    std::lock_guard<std::mutex> guard(m_sim.lock);
+    const std::string folder = m_sim.stick == STICK_NONE ? _path(".stick") : _path("media/") + STICK_FOLDER;
+    return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+std::string _logList(void)
+{
+    const int dir = _openStick();
+    std::string out;
+    for (const SIM_LOG_FILE_T& file : sim_logs_list(dir)) {
+        char modified[32];
+        struct tm utc;
+        strftime(modified, sizeof(modified), "%Y-%m-%dT%H:%M:%SZ", gmtime_r(&file.modified, &utc));
+        out += std::string(out.empty() ? "" : ",") + "{\"name\":" + _json(file.name) +
+               ",\"size\":" + std::to_string(file.size) + ",\"modified\":\"" + modified + "\"}";
+    }
+    if (dir >= 0) close(dir);
+    return "[" + out + "]";
+}
+
+// GET /api/ioboard: the board's state. POST /api/ioboard/input/NAME/VALUE sets an input,
+// POST /api/ioboard/link/off|on pulls the board off the link and puts it back.
+void _ioboard(const HTTP_REQUEST_T& request, HTTP_RESPONSE_T* response)
+{
+    std::string command = "status", reply;
+    char name[32] = {}, value[64] = {}, tail = 0;
+    if (request.method == "POST" &&
+        sscanf(request.path.c_str(), "/api/ioboard/input/%31[^/]/%63[^/]%c", name, value, &tail) == 2) {
+        command = std::string("set ") + name + " " + value;
+    } else if (request.method == "POST" && (request.path == "/api/ioboard/link/on" || request.path == "/api/ioboard/link/off")) {
+        command = "link " + request.path.substr(18);
+    } else if (request.method != "GET" || request.path != "/api/ioboard") {
+        response->status = 404;
+        response->body = "not here: " + request.path + "\n";
+        return;
+    }
+    if (!ioboard_control(m_sim.root, command, &reply)) {
+        response->status = 503;
+        response->body = reply + "\n";
+    } else if (reply.rfind("error: ", 0) == 0) {
+        response->status = 409;
+        response->body = reply.substr(7) + "\n";
+    } else if (command != "status" && !ioboard_control(m_sim.root, "status", &reply)) {
+        response->status = 503;
+        response->body = reply + "\n";
+    } else {
+        response->contentType = "application/json";
+        response->body = reply;
+    }
+}
+
 void _handle(const HTTP_REQUEST_T& request, HTTP_RESPONSE_T* response, void*)
 {
+    if (request.path == "/api/ioboard" || request.path.rfind("/api/ioboard/", 0) == 0) return _ioboard(request, response);
+    SIM_PAGE_FILE_T file;
     if (request.method == "GET" && (request.path == "/" || request.path == "/index.html")) {
         response->contentType = "text/html; charset=utf-8";
         response->body = SIM_PAGE_HTML;
+    } else if (request.method == "GET" && sim_page_file(request.path, &file)) {
+        response->contentType = file.contentType;
+        response->body.assign(reinterpret_cast<const char*>(file.data), file.size);
+    } else if (request.method == "GET" && request.path == "/api/logs") {
+        response->contentType = "application/json";
+        response->body = _logList();
+    } else if (request.method == "GET" && request.path.rfind("/api/logs/", 0) == 0) {
+        const int dir = _openStick();
+        response->bodyFile = sim_logs_open(dir, request.path.substr(10), &response->bodyFileLength);
+        if (dir >= 0) close(dir);
+        if (response->bodyFile >= 0) {
+            response->contentType = "text/csv; charset=utf-8";
+        } else {
+            response->status = 404;
+            response->body = "no such file on the stick\n";
+        }
     } else if (request.method == "GET" && (request.path == "/api/screen.png" || request.path == "/api/screen.raw")) {
         SIM_SCREEN_T screen;
         const std::string error = sim_screen_read(m_sim.root, &screen);
@@ -404,8 +548,10 @@ int sim_run(int argc, char** argv)
             port = strtol(argv[++i], nullptr, 10);
         } else if (!strcmp(argv[i], "--product") && hasValue) {
             product = argv[++i];
+        } else if (!strcmp(argv[i], "--no-ioboard")) {
+            m_sim.withBoard = false;
         } else {
-            fprintf(stderr, "usage: motordash-sim run [--root ROOT] [--port N] [--product 310|720]\n");
+            fprintf(stderr, "usage: motordash-sim run [--root ROOT] [--port N] [--product 310|720] [--no-ioboard]\n");
             return 2;
         }
     }
@@ -461,6 +607,7 @@ int sim_run(int argc, char** argv)
         return 1;
     }
     std::thread ecu(_ecuThread);
+    _startBoard();
     _startDash();
     std::thread http(http_serve, listener, _handle, nullptr, &m_sim.stop);
     printf("motordash-sim: the dash (Zelvo%s) runs in %s\n", m_sim.product.c_str(), m_sim.root.c_str());
@@ -477,6 +624,10 @@ int sim_run(int argc, char** argv)
                    WIFEXITED(status) ? "exit code" : "signal", WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status));
             m_sim.dash = -1;
         }
+        if (m_sim.board > 0 && waitpid(m_sim.board, &status, WNOHANG) == m_sim.board) {
+            printf("motordash-sim: the I/O board ended; power cycle to start it again\n");
+            m_sim.board = -1;
+        }
     }
     m_sim.stop.store(true);
     printf("motordash-sim: ending\n");
@@ -484,6 +635,7 @@ int sim_run(int argc, char** argv)
         std::lock_guard<std::mutex> guard(m_sim.lock);
         _end(m_sim.dash, 3000);
         m_sim.dash = -1;
+        _endBoard();
     }
     http.join();
     ecu.join();

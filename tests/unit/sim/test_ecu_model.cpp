@@ -381,6 +381,33 @@ TEST(EcuModelScenarios, FlyingLapsNeverStop)
         EXPECT_NE(json.find(key), std::string::npos) << key << " in " << json;
 }
 
+TEST(EcuModelScenarios, LoggingRequestForcedOrLeftToTheDrive)
+{
+    CAR_T car(3, "idle");
+    car.Run(1'000);
+    const CAN_SIGNAL_T& bit = CAN_SIGNALS[CANSignalIndex("Start_Log")];
+    auto sent = [&] {
+        car.frames.clear();
+        car.Run(200);
+        return CANSignalValue(bit, car.ById()[bit.frame].back().frame.data);
+    };
+    EXPECT_EQ(sent(), 0) << "standing";
+    ecu_model_pause(&car.m, true);
+    EXPECT_TRUE(ecu_model_set_log_request(&car.m, "on"));
+    EXPECT_EQ(sent(), 1) << "at once, paused too";
+    ecu_model_pause(&car.m, false);
+    EXPECT_EQ(sent(), 1) << "and it stays";
+
+    ASSERT_TRUE(ecu_model_set_scenario(&car.m, "pass"));
+    EXPECT_TRUE(ecu_model_set_log_request(&car.m, "off"));
+    EXPECT_EQ(sent(), 0) << "off while driven";
+    EXPECT_TRUE(ecu_model_set_log_request(&car.m, "auto"));
+    EXPECT_EQ(sent(), 1) << "the drive's own again";
+    EXPECT_NE(ecu_model_status_json(&car.m).find("\"logging\":true,\"log_request\":\"auto\""), std::string::npos);
+    EXPECT_FALSE(ecu_model_set_log_request(&car.m, "always"));
+    EXPECT_FALSE(ecu_model_set_log_request(&car.m, nullptr));
+}
+
 // ---- The dash's settings frame -----------------------------------------------------------
 
 struct can_frame SettingsFrame(const EEVariables_T& settings)
