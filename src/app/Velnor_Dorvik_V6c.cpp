@@ -6,6 +6,7 @@
 
 #include "Timer_7Je7r.h"
 #include "can_ports.h"
+#include "iouser.h"
 #include "log_columns.h"
 #include "navigation.h"
 #include "text_format.h"
@@ -37,6 +38,10 @@ void Velnor_Dorvik_V6c_initialize(void)
     for (trigger_ref& gauge : B.LargeGauge) gauge = trigger_ground;
     B.RPM_f = trigger_ground;
     B.tall = trigger_ground;
+
+    // I/O board analogue input 1: plain voltage, a little more filtering.
+    bSetANVoltageLowGainMode(ANALOG_CHANNEL_1);
+    bSetANFilterRate(ANALOG_CHANNEL_1, 0.75f);
 
     // Screen numbers, gauge functions and texts are in place before any screen reads them.
     Timer_7Je7rInit();

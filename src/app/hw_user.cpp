@@ -5,6 +5,7 @@
 #include "can_ports.h"
 #include "can_rx.h"
 #include "data.h"
+#include "iouser.h"
 #include "settings.h"
 #include "timer_drv.h"
 #include "usb_log.h"
@@ -106,6 +107,7 @@ void QuorinInit(void)
     // A tool's commands are answered on the main thread as their frames come in.
     CANSetXcpHandlers(XcpCan_RxCallback, Xcp_CmdProcessor);
     Velnor_Dorvik_V6c_initialize();
+    IOUserInit();
     App_Startup();
     for (const TASK_ROW_T& row : m_taskTable) timer_register(row.task, row.delay_ms, row.period_ms);
     Velnor_Dorvik_V6c_step();
