@@ -94,6 +94,194 @@ U32 Xcp_CmdBuildChecksum(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* p
     }
 }
 
+// ---- Writing ------------------------------------------------------------------------
+
+namespace {
+
+enum : U8 {
+    XCP_CALPAGE_MODE_ECU = 0x01,
+    XCP_CALPAGE_MODE_XCP = 0x02,
+    XCP_CALPAGE_MODE_ALL = 0x80,
+};
+enum : U8 {
+    XCP_CALPAGE_ACCESS_ECU = 1,
+    XCP_CALPAGE_ACCESS_XCP = 2,
+};
+constexpr U8 XCP_PAG_PROPERTY_FREEZE_SUPPORTED = 0x01;
+
+// The error of a write that did not finish.
+U8 _writeError(Xcp_CalMemState state)
+{
+    switch (state) {
+    case CALMEM_OUTOFRAM: return XCP_ERR_MEMORY_OVERFLOW;
+    case CALMEM_REJECTED: return XCP_ERR_CMD_BUSY;
+    default: return XCP_ERR_ACCESS_DENIED;
+    }
+}
+
+}  // namespace
+
+// One frame's bytes to mta. A middle frame of a block is not answered; a failed one ends
+// the block, leaving what was written before in place.
+static U32 Xcp_WriteDownloadData(U32 sessionId, const U8* data, U8 numBytes, U32 prevCmd, Xcp_Packet_t* pTxPacket,
+                                 U32* pTxPacketSize)
+{
+    Xcp_Session_t& session = Xcp_Sessions[sessionId];
+    const Xcp_CalMemState state = prevCmd == XCP_CMD_CURR_CMD ? XcpApp_CalMemGetRequestState()
+                                                              : XcpApp_CalMemWrite(session.mta, numBytes, data);
+    switch (state) {
+    case CALMEM_FINISHED:
+        session.mta += numBytes;
+        if (session.downloadRemainBytes > 0) return XCP_ACTION_RX_DONE;
+        return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
+    case CALMEM_BUSY: return 0;
+    default:
+        session.downloadRemainBytes = 0;
+        return Xcp_ErrorResponse(pTxPacket, _writeError(state), pTxPacketSize);
+    }
+}
+
+// As many of the count's bytes as fit in the frame; the rest is left to DOWNLOAD_NEXT.
+static U32 _downloadFrame(U32 sessionId, Xcp_Packet_t* pRxPacket, U32 prevCmd, Xcp_Packet_t* pTxPacket,
+                          U32* pTxPacketSize)
+{
+    const Xcp_DownloadCmd_t cmd = Xcp_GetPacket<Xcp_DownloadCmd_t>(pRxPacket);
+    const U8 room = Xcp_SessionConfigs[sessionId].maxCtoLen - 2;
+    const U8 now = cmd.numElements < room ? cmd.numElements : room;
+    Xcp_Sessions[sessionId].downloadRemainBytes = cmd.numElements - now;
+    return Xcp_WriteDownloadData(sessionId, cmd.data, now, prevCmd, pTxPacket, pTxPacketSize);
+}
+
+U32 Xcp_CmdDownload(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize)
+{
+    return _downloadFrame(sessionId, pRxPacket, prevCmd, pTxPacket, pTxPacketSize);
+}
+
+U32 Xcp_CmdDownloadNext(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                        U32* pTxPacketSize)
+{
+    const U8 expected = Xcp_Sessions[sessionId].downloadRemainBytes;
+    if (prevCmd != XCP_CMD_CURR_CMD && (expected == 0 || pRxPacket->data[0] != expected)) {
+        Xcp_PutPacket(pTxPacket, Xcp_DownloadNextErr_t{XCP_PID_ERROR, XCP_ERR_SEQUENCE, expected}, pTxPacketSize);
+        return XCP_ACTION_DONE;
+    }
+    return _downloadFrame(sessionId, pRxPacket, prevCmd, pTxPacket, pTxPacketSize);
+}
+
+U32 Xcp_CmdDownloadMax(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                       U32* pTxPacketSize)
+{
+    Xcp_Sessions[sessionId].downloadRemainBytes = 0;
+    const U8 length = Xcp_SessionConfigs[sessionId].maxCtoLen - 1;
+    return Xcp_WriteDownloadData(sessionId, pRxPacket->data, length, prevCmd, pTxPacket, pTxPacketSize);
+}
+
+U32 Xcp_CmdModifyBits(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                      U32* pTxPacketSize)
+{
+    const Xcp_ModifyBitsCmd_t cmd = Xcp_GetPacket<Xcp_ModifyBitsCmd_t>(pRxPacket);
+    const Xcp_CalMemState state =
+        prevCmd == XCP_CMD_CURR_CMD
+            ? XcpApp_CalMemGetRequestState()
+            : XcpApp_CalMemModifyBits(Xcp_Sessions[sessionId].mta, cmd.shiftValue, cmd.andMask, cmd.xorMask);
+    switch (state) {
+    case CALMEM_FINISHED: return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
+    case CALMEM_BUSY: return 0;
+    default: return Xcp_ErrorResponse(pTxPacket, _writeError(state), pTxPacketSize);
+    }
+}
+
+// ---- Pages and segments ---------------------------------------------------------------
+
+U32 Xcp_CmdSetCalPage(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
+    const Xcp_SetCalPageCmd_t cmd = Xcp_GetPacket<Xcp_SetCalPageCmd_t>(pRxPacket);
+    if (!(cmd.mode & (XCP_CALPAGE_MODE_ECU | XCP_CALPAGE_MODE_XCP)))
+        return Xcp_ErrorResponse(pTxPacket, XCP_ERR_MODE_NOT_VALID, pTxPacketSize);
+    const bool all = cmd.mode & XCP_CALPAGE_MODE_ALL;
+    Xcp_CalPageErr result = CALPAGE_OK;
+    if (cmd.mode & XCP_CALPAGE_MODE_ECU)
+        result = all ? XcpApp_SetEcuCalPageAllSegs(cmd.page) : XcpApp_SetEcuCalPage(cmd.segment, cmd.page);
+    if (result == CALPAGE_OK && (cmd.mode & XCP_CALPAGE_MODE_XCP)) {
+        result = all ? XcpApp_SetToolCalPageAllSegs(cmd.page) : XcpApp_SetToolCalPage(cmd.segment, cmd.page);
+        // Only segments that exist, whatever the application accepted.
+        if (result == CALPAGE_OK)
+            for (U32 seg = 0; seg < cfg.numSegs; seg++)
+                if (all || seg == cmd.segment) cfg.pSegStates[seg].toolPage = cmd.page;
+    }
+    switch (result) {
+    case CALPAGE_OK: return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
+    case CALPAGE_PAGEINVALID: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_PAGE_NOT_VALID, pTxPacketSize);
+    case CALPAGE_SEGINVALID: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_SEGMENT_NOT_VALID, pTxPacketSize);
+    default: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_MODE_NOT_VALID, pTxPacketSize);
+    }
+}
+
+U32 Xcp_CmdGetCalPage(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
+    const Xcp_SegmentCmd_t cmd = Xcp_GetPacket<Xcp_SegmentCmd_t>(pRxPacket);
+    if (cmd.segment >= cfg.numSegs) return Xcp_ErrorResponse(pTxPacket, XCP_ERR_SEGMENT_NOT_VALID, pTxPacketSize);
+    U8 page;
+    if (cmd.mode == XCP_CALPAGE_ACCESS_ECU) {
+        page = XcpApp_GetEcuCalPage(cmd.segment);
+    } else if (cmd.mode == XCP_CALPAGE_ACCESS_XCP) {
+        page = cfg.pSegStates[cmd.segment].toolPage;
+    } else {
+        return Xcp_ErrorResponse(pTxPacket, XCP_ERR_MODE_NOT_VALID, pTxPacketSize);
+    }
+    Xcp_PutPacket(pTxPacket, Xcp_GetCalPageResp_t{XCP_PID_RESPONSE, {0, 0}, page}, pTxPacketSize);
+    return XCP_ACTION_DONE;
+}
+
+U32 Xcp_CmdGetPagProcInfo(U32 sessionId, Xcp_Packet_t*, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    const Xcp_GetPagProcInfoResp_t resp = {XCP_PID_RESPONSE, Xcp_SessionConfigs[sessionId].numSegs,
+                                           XCP_PAG_PROPERTY_FREEZE_SUPPORTED};
+    Xcp_PutPacket(pTxPacket, resp, pTxPacketSize);
+    return XCP_ACTION_DONE;
+}
+
+U32 Xcp_CmdSetSegmentMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
+    const Xcp_SegmentCmd_t cmd = Xcp_GetPacket<Xcp_SegmentCmd_t>(pRxPacket);
+    if (cmd.segment >= cfg.numSegs) return Xcp_ErrorResponse(pTxPacket, XCP_ERR_OUT_OF_RANGE, pTxPacketSize);
+    // Also ends a freeze still pending.
+    cfg.pSegStates[cmd.segment].mode = cmd.mode & XCP_SEGMODE_FREEZE;
+    return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
+}
+
+U32 Xcp_CmdGetSegmentMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
+    const Xcp_SegmentCmd_t cmd = Xcp_GetPacket<Xcp_SegmentCmd_t>(pRxPacket);
+    if (cmd.segment >= cfg.numSegs) return Xcp_ErrorResponse(pTxPacket, XCP_ERR_OUT_OF_RANGE, pTxPacketSize);
+    const Xcp_GetSegmentModeResp_t resp = {XCP_PID_RESPONSE, 0,
+                                           (U8)(cfg.pSegStates[cmd.segment].mode & XCP_SEGMODE_FREEZE)};
+    Xcp_PutPacket(pTxPacket, resp, pTxPacketSize);
+    return XCP_ACTION_DONE;
+}
+
+U32 Xcp_CmdCopyCalPage(U32, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize)
+{
+    const Xcp_CopyCalPageCmd_t cmd = Xcp_GetPacket<Xcp_CopyCalPageCmd_t>(pRxPacket);
+    const Xcp_CalMemState state = prevCmd == XCP_CMD_CURR_CMD
+                                      ? XcpApp_CalMemGetRequestState()
+                                      : XcpApp_CalPageCopy(cmd.dstSegment, cmd.dstPage, cmd.srcSegment, cmd.srcPage);
+    switch (state) {
+    case CALMEM_FINISHED: return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
+    case CALMEM_BUSY: return 0;
+    case CALMEM_REJECTED: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_CMD_BUSY, pTxPacketSize);
+    case CALMEM_PAGENOTVALID: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_PAGE_NOT_VALID, pTxPacketSize);
+    case CALMEM_SEGNOTVALID: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_SEGMENT_NOT_VALID, pTxPacketSize);
+    default: return Xcp_ErrorResponse(pTxPacket, XCP_ERR_WRITE_PROTECTED, pTxPacketSize);
+    }
+}
+
+// ---- Storing ----------------------------------------------------------------------------
+
 U32 Xcp_StoreCalReq(U32 sessionId, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize)
 {
     const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];

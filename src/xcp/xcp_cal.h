@@ -36,5 +36,29 @@ U32 Xcp_CmdShortUpload(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTx
 U32 Xcp_CmdBuildChecksum(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
                          U32* pTxPacketSize);
 
+// Writing: needs CAL_PAG unlocked. A DOWNLOAD of more than six bytes is a block that
+// its DOWNLOAD_NEXT frames complete.
+U32 Xcp_CmdDownload(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize);
+U32 Xcp_CmdDownloadNext(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                        U32* pTxPacketSize);
+U32 Xcp_CmdDownloadMax(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                       U32* pTxPacketSize);
+U32 Xcp_CmdModifyBits(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                      U32* pTxPacketSize);
+
+// Pages and segments, as far as the application offers them.
+U32 Xcp_CmdSetCalPage(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                      U32* pTxPacketSize);
+U32 Xcp_CmdGetCalPage(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                      U32* pTxPacketSize);
+U32 Xcp_CmdGetPagProcInfo(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdSetSegmentMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdGetSegmentMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdCopyCalPage(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                       U32* pTxPacketSize);
+
 // The calibration branch of SET_REQUEST: freezes every segment in freeze mode.
 U32 Xcp_StoreCalReq(U32 sessionId, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize);

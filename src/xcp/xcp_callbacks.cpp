@@ -65,3 +65,38 @@ Xcp_CalMemState XcpApp_CalSegFreeze(U8, U8)
 {
     return CALMEM_REQUESTNOTVALID;
 }
+
+Xcp_CalMemState XcpApp_CalMemModifyBits(Xcp_Addr_t, U8, U16, U16)
+{
+    return CALMEM_REQUESTNOTVALID;
+}
+
+Xcp_CalMemState XcpApp_CalPageCopy(U8, U8, U8, U8)
+{
+    return CALMEM_REQUESTNOTVALID;
+}
+
+Xcp_CalPageErr XcpApp_SetEcuCalPage(U8, U8)
+{
+    return CALPAGE_REQUESTINVALID;
+}
+
+Xcp_CalPageErr XcpApp_SetEcuCalPageAllSegs(U8)
+{
+    return CALPAGE_REQUESTINVALID;
+}
+
+Xcp_CalPageErr XcpApp_SetToolCalPage(U8, U8)
+{
+    return CALPAGE_REQUESTINVALID;
+}
+
+Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8)
+{
+    return CALPAGE_REQUESTINVALID;
+}
+
+U8 XcpApp_GetEcuCalPage(U8)
+{
+    return 0;
+}

@@ -30,5 +30,13 @@ void XcpApp_NvMemWrite(U32 nvIdx, const U8* data, U32 numBytes);
 void XcpApp_NvMemRead(U32 nvIdx, U8* data, U32 numBytes);
 void XcpApp_NvMemClear(U32 nvIdx, U32 numBytes);
 
-// Freezing a calibration segment is refused: the dash has one page per segment.
+// One page per segment: bits are not modified in place, pages are neither switched nor
+// copied, and segments are not frozen.
 Xcp_CalMemState XcpApp_CalSegFreeze(U8 segment, U8 initSegment);
+Xcp_CalMemState XcpApp_CalMemModifyBits(Xcp_Addr_t mta, U8 numShiftBits, U16 andMask, U16 xorMask);
+Xcp_CalMemState XcpApp_CalPageCopy(U8 dstSegment, U8 dstPage, U8 srcSegment, U8 srcPage);
+Xcp_CalPageErr XcpApp_SetEcuCalPage(U8 segment, U8 page);
+Xcp_CalPageErr XcpApp_SetEcuCalPageAllSegs(U8 page);
+Xcp_CalPageErr XcpApp_SetToolCalPage(U8 segment, U8 page);
+Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8 page);
+U8 XcpApp_GetEcuCalPage(U8 segment);

@@ -2,7 +2,9 @@
 
 #include <cstring>
 
+#include "SeednKey.h"
 #include "xcp_callbacks.h"
+#include "xcp_cmdseednkey.h"
 
 constexpr Xcp_SessionCfg_t Xcp_SessionConfigs[XCP_NUM_SESSIONS] = {{
     .pTransportCfg = &XcpCan0_SessionCfg,
@@ -67,27 +69,27 @@ constexpr Xcp_CmdHandler_t Xcp_CmdList[XCP_NUM_CMDS] = {
     Xcp_CmdGetCommModeInfo,  // 0xFB GET_COMM_MODE_INFO
     Xcp_CmdGetId,            // 0xFA GET_ID
     Xcp_CmdSetRequest,       // 0xF9 SET_REQUEST
-    Xcp_CmdUnknown,          // 0xF8 GET_SEED
-    Xcp_CmdUnknown,          // 0xF7 UNLOCK
+    Xcp_CmdGetSeed,          // 0xF8 GET_SEED
+    Xcp_CmdUnlock,           // 0xF7 UNLOCK
     Xcp_CmdSetMta,           // 0xF6 SET_MTA
     Xcp_CmdUpload,           // 0xF5 UPLOAD
     Xcp_CmdShortUpload,      // 0xF4 SHORT_UPLOAD
     Xcp_CmdBuildChecksum,    // 0xF3 BUILD_CHECKSUM
     Xcp_CmdTransportLayer,   // 0xF2 TRANSPORT_LAYER_CMD
     Xcp_CmdUnknown,          // 0xF1 USER_CMD
-    Xcp_CmdUnknown,          // 0xF0 DOWNLOAD
-    Xcp_CmdUnknown,          // 0xEF DOWNLOAD_NEXT
-    Xcp_CmdUnknown,          // 0xEE DOWNLOAD_MAX
+    Xcp_CmdDownload,         // 0xF0 DOWNLOAD
+    Xcp_CmdDownloadNext,     // 0xEF DOWNLOAD_NEXT
+    Xcp_CmdDownloadMax,      // 0xEE DOWNLOAD_MAX
     Xcp_CmdUnknown,          // 0xED SHORT_DOWNLOAD
-    Xcp_CmdUnknown,          // 0xEC MODIFY_BITS
-    Xcp_CmdUnknown,          // 0xEB SET_CAL_PAGE
-    Xcp_CmdUnknown,          // 0xEA GET_CAL_PAGE
-    Xcp_CmdUnknown,          // 0xE9 GET_PAG_PROCESSOR_INFO
+    Xcp_CmdModifyBits,       // 0xEC MODIFY_BITS
+    Xcp_CmdSetCalPage,       // 0xEB SET_CAL_PAGE
+    Xcp_CmdGetCalPage,       // 0xEA GET_CAL_PAGE
+    Xcp_CmdGetPagProcInfo,   // 0xE9 GET_PAG_PROCESSOR_INFO
     Xcp_CmdUnknown,          // 0xE8 GET_SEGMENT_INFO
     Xcp_CmdUnknown,          // 0xE7 GET_PAGE_INFO
-    Xcp_CmdUnknown,          // 0xE6 SET_SEGMENT_MODE
-    Xcp_CmdUnknown,          // 0xE5 GET_SEGMENT_MODE
-    Xcp_CmdUnknown,          // 0xE4 COPY_CAL_PAGE
+    Xcp_CmdSetSegmentMode,   // 0xE6 SET_SEGMENT_MODE
+    Xcp_CmdGetSegmentMode,   // 0xE5 GET_SEGMENT_MODE
+    Xcp_CmdCopyCalPage,      // 0xE4 COPY_CAL_PAGE
     Xcp_CmdUnknown,          // 0xE3 CLEAR_DAQ_LIST
     Xcp_CmdUnknown,          // 0xE2 SET_DAQ_PTR
     Xcp_CmdUnknown,          // 0xE1 WRITE_DAQ
@@ -120,6 +122,8 @@ constexpr Xcp_CmdHandler_t Xcp_CmdList[XCP_NUM_CMDS] = {
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_CONNECT] == Xcp_CmdConnect);
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_TRANSPORT_LAYER_CMD] == Xcp_CmdTransportLayer);
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_BUILD_CHECKSUM] == Xcp_CmdBuildChecksum);
+static_assert(Xcp_CmdList[0xFF - XCP_CMD_UNLOCK] == Xcp_CmdUnlock);
+static_assert(Xcp_CmdList[0xFF - XCP_CMD_COPY_CAL_PAGE] == Xcp_CmdCopyCalPage);
 
 namespace {
 
@@ -297,6 +301,7 @@ void Xcp_Initialize(void)
         memset(cfg.pSegStates, 0, sizeof(Xcp_SegState_t) * cfg.numSegs);
         session.ctDaqListId = XCP_DAQLIST_UNDEF;
         session.ctResourceProtection = cfg.defResourceProtection;
+        XcpApp_InitSeedKey();
         for (U32 list = 0; list < cfg.numStatDaqLists; list++) Xcp_ResetDaqList(sessionId, list);
         if (cfg.nvStartIdx != XCP_INVALID_NV_IDX) Xcp_DoResume(sessionId);
     }

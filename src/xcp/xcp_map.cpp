@@ -145,6 +145,20 @@ Xcp_CalMemState XcpApp_CalMemRead(Xcp_Addr_t mta, U32 numBytes, U8* dest)
     return ok ? CALMEM_FINISHED : CALMEM_REQUESTNOTVALID;
 }
 
+// Both drivers of the command processor, the main thread's CAN pass and the signal
+// thread's foreground pass, hold the application lock: a write lands between two task
+// passes, as a change from a menu does. A write to the settings reaches the store by
+// the 1 s task's CRC check, like any other change of the record.
+Xcp_CalMemState XcpApp_CalMemWrite(Xcp_Addr_t mta, U32 numBytes, const U8* source)
+{
+    if (mta < ramEditStart) return CALMEM_REQUESTNOTVALID;
+    const bool ok = _walk(mta, numBytes, [&](U8* bytes, U32 n) {
+        memcpy(bytes, source, n);
+        source += n;
+    });
+    return ok ? CALMEM_FINISHED : CALMEM_REQUESTNOTVALID;
+}
+
 Xcp_CalMemState XcpApp_CalMemGetRequestState(void)
 {
     return CALMEM_FINISHED;

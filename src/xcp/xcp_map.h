@@ -324,6 +324,10 @@ struct Xcp_MemoryMap_t {
 // Copies numBytes from the address space at mta. A transfer may cross rows and maps;
 // one that leaves the address space is refused whole.
 Xcp_CalMemState XcpApp_CalMemRead(Xcp_Addr_t mta, U32 numBytes, U8* dest);
+// Copies numBytes into the address space at mta, into the live records at once. Only
+// from ramEditStart on: the constants are read only. A transfer that would leave the
+// address space is refused whole.
+Xcp_CalMemState XcpApp_CalMemWrite(Xcp_Addr_t mta, U32 numBytes, const U8* source);
 // Always finished: every memory request ends within its call.
 Xcp_CalMemState XcpApp_CalMemGetRequestState(void);
 // The sum of the block's bytes modulo 256, read as XcpApp_CalMemRead reads them.

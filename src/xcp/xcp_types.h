@@ -336,6 +336,85 @@ struct XCP_PACKED Xcp_BuildChecksumResp_t {
 static_assert(sizeof(Xcp_BuildChecksumResp_t) == 8);
 static_assert(offsetof(Xcp_BuildChecksumResp_t, value) == 4);
 
+struct XCP_PACKED Xcp_GetSeedCmd_t {
+    U8 pid;
+    U8 mode;
+    U8 resource;
+};
+static_assert(sizeof(Xcp_GetSeedCmd_t) == 3);
+
+// DOWNLOAD and DOWNLOAD_NEXT: a count, and as many of its bytes as fit.
+struct XCP_PACKED Xcp_DownloadCmd_t {
+    U8 pid;
+    U8 numElements;
+    U8 data[XCP0_MAXCTO - 2];
+};
+static_assert(sizeof(Xcp_DownloadCmd_t) == 8);
+static_assert(offsetof(Xcp_DownloadCmd_t, data) == 2);
+
+// The error of a DOWNLOAD_NEXT whose count is not the one expected, with that count.
+struct XCP_PACKED Xcp_DownloadNextErr_t {
+    U8 pid;
+    U8 errorCode;
+    U8 expected;
+};
+static_assert(sizeof(Xcp_DownloadNextErr_t) == 3);
+
+struct XCP_PACKED Xcp_ModifyBitsCmd_t {
+    U8 pid;
+    U8 shiftValue;
+    U16 andMask;
+    U16 xorMask;
+};
+static_assert(sizeof(Xcp_ModifyBitsCmd_t) == 6);
+static_assert(offsetof(Xcp_ModifyBitsCmd_t, andMask) == 2 && offsetof(Xcp_ModifyBitsCmd_t, xorMask) == 4);
+
+struct XCP_PACKED Xcp_SetCalPageCmd_t {
+    U8 pid;
+    U8 mode;
+    U8 segment;
+    U8 page;
+};
+static_assert(sizeof(Xcp_SetCalPageCmd_t) == 4);
+
+// GET_CAL_PAGE, SET_SEGMENT_MODE and GET_SEGMENT_MODE: a mode and a segment.
+struct XCP_PACKED Xcp_SegmentCmd_t {
+    U8 pid;
+    U8 mode;
+    U8 segment;
+};
+static_assert(sizeof(Xcp_SegmentCmd_t) == 3);
+
+struct XCP_PACKED Xcp_GetCalPageResp_t {
+    U8 pid;
+    U8 reserved[2];
+    U8 page;
+};
+static_assert(sizeof(Xcp_GetCalPageResp_t) == 4);
+
+struct XCP_PACKED Xcp_GetPagProcInfoResp_t {
+    U8 pid;
+    U8 maxSegments;
+    U8 properties;
+};
+static_assert(sizeof(Xcp_GetPagProcInfoResp_t) == 3);
+
+struct XCP_PACKED Xcp_GetSegmentModeResp_t {
+    U8 pid;
+    U8 reserved;
+    U8 mode;
+};
+static_assert(sizeof(Xcp_GetSegmentModeResp_t) == 3);
+
+struct XCP_PACKED Xcp_CopyCalPageCmd_t {
+    U8 pid;
+    U8 srcSegment;
+    U8 srcPage;
+    U8 dstSegment;
+    U8 dstPage;
+};
+static_assert(sizeof(Xcp_CopyCalPageCmd_t) == 5);
+
 struct XCP_PACKED Xcp_ResumeEvent_t {
     U8 pid;
     U8 eventCode;

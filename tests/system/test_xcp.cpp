@@ -1,14 +1,17 @@
 // A calibration tool on the dash's bus: the real motordash on the virtual bus of a
 // temporary root, driven by the XCP master of motordash-xcp, byte for byte, and by the
-// tool itself as an engineer runs it.
+// tool itself as an engineer runs it, down to a setting calibrated into the ECU's frame
+// and the settings file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "SeednKey.h"
 #include "dash_harness.h"
 #include "data.h"
 #include "xcp_master.h"
@@ -32,6 +35,10 @@ protected:
         std::string error;
         master.timeoutMs = RESPONSE_MS;
         ASSERT_TRUE(XcpMasterOpen(&master, root.Path().c_str(), nullptr, &error)) << error;
+        // The bus hands the dash what others send once its own frames come through: the
+        // settings frame, every 100 ms.
+        PACKET_T settings;
+        ASSERT_TRUE(XcpMasterReceiveFrame(&master, 0x131, &settings, 20000));
     }
     void TearDown() override
     {
@@ -63,10 +70,13 @@ protected:
         Send(bytes, id);
         return Next();
     }
-    // Runs motordash-xcp on this root.
-    int Tool(const std::vector<std::string>& args, std::string* out, std::string* err)
+    // Runs motordash-xcp on this root, with options before the root.
+    int Tool(const std::vector<std::string>& args, std::string* out, std::string* err,
+             const std::vector<std::string>& options = {})
     {
-        std::vector<std::string> all = {"--timeout", std::to_string(RESPONSE_MS), root.Path()};
+        std::vector<std::string> all = {"--timeout", std::to_string(RESPONSE_MS)};
+        all.insert(all.end(), options.begin(), options.end());
+        all.push_back(root.Path());
         all.insert(all.end(), args.begin(), args.end());
         return RunProgram(BinPath("motordash-xcp"), all, out, err);
     }
@@ -199,9 +209,11 @@ TEST_F(XcpOnBus, TheToolReadsTheDashAndSaysWhatWentWrong)
     EXPECT_NE(out.find("ECU address    253\n"), std::string::npos) << out;
 
     // An engine at 5200 rpm on the ECU's frame 0x108 reaches the tool through RAMVariables.
-    ASSERT_EQ(RunProgram(BinPath("motordash-can"), {"send", root.Path(), "can0", "108#1450000000000000"}), 0);
+    // Sent from the test's own connection, which the bus already serves.
+    const PACKET_T rpm = {0x14, 0x50, 0, 0, 0, 0, 0, 0};
     const int64_t end = NowMs() + 10000;
     do {
+        ASSERT_TRUE(XcpMasterSendFrame(&master, 0x108, rpm.data(), 8));
         ASSERT_EQ(Tool({"read", "RPM", "BoostControl", "RAMEditVariables.Abc", "SwIdTxt", "PROFILE_GAUGE_COUNT"},
                        &out, &err),
                   0)
@@ -229,6 +241,99 @@ TEST_F(XcpOnBus, TheToolReadsTheDashAndSaysWhatWentWrong)
     StopDash();
     EXPECT_EQ(RunProgram(BinPath("motordash-xcp"), {"--timeout", "300", root.Path(), "info"}, &out, &err), 1);
     EXPECT_NE(err.find("CONNECT: no response on 0x300 within 300 ms"), std::string::npos) << err;
+}
+
+// The secrets this dash was built with, as a calibration engineer is given them.
+std::string Secrets()
+{
+    char text[64];
+    snprintf(text, sizeof(text), "0x%08X,0x%08X,0x%08X,0x%08X", XcpResourceSecret(XCP_RESOURCE_CAL_PAG),
+             XcpResourceSecret(XCP_RESOURCE_DAQ), XcpResourceSecret(XCP_RESOURCE_STIM),
+             XcpResourceSecret(XCP_RESOURCE_PGM));
+    return text;
+}
+
+// One line of a bus dump: "(1700000000.123456) can0 131#0000000000000102".
+struct DUMP_LINE_T {
+    double time;
+    std::string frame;  // "131#0000000000000102"
+};
+
+std::vector<DUMP_LINE_T> ParseDump(const std::string& out)
+{
+    std::vector<DUMP_LINE_T> lines;
+    for (size_t at = 0; (at = out.find('(', at)) != std::string::npos; at++) {
+        const size_t end = out.find('\n', at);
+        const std::string text = out.substr(at, end - at);
+        const size_t space = text.rfind(' ');
+        if (space == std::string::npos) continue;
+        lines.push_back({strtod(text.c_str() + 1, nullptr), text.substr(space + 1)});
+    }
+    return lines;
+}
+
+TEST_F(XcpOnBus, ABoostStageCalibratedWithTheToolReachesTheEcuAndTheStoreAndOutlivesAPowerCycle)
+{
+    const std::string settings = "app/data/config/motordash-eeprom.dat";
+    Process dump(BinPath("motordash-can"), nullptr, {"dump", root.Path(), "can0", "-t", "30"});
+    ASSERT_TRUE(dump.WaitForOutput(" can0 131#", 10000)) << "the dash's frames reach the dump";
+
+    std::string out, err;
+    ASSERT_EQ(Tool({"unlock", "CAL"}, &out, &err, {"--secrets", Secrets()}), 0) << err;
+    EXPECT_EQ(out, "unlocked       CAL/PAG\nlocked         DAQ STIM PGM\n");
+    EXPECT_EQ(Tool({"unlock", "CAL"}, &out, &err, {"--secrets", "1,2,3,4"}), 1);
+    EXPECT_NE(err.find("unlocking CAL/PAG: ERR_ACCESS_LOCKED (0x25)"), std::string::npos) << err;
+    EXPECT_EQ(Tool({"write", "BoostControl", "2"}, &out, &err), 2) << "no secrets";
+
+    setenv("XCP_SECRETS", Secrets().c_str(), 1);
+    EXPECT_EQ(Tool({"write", "BoostControl", "256"}, &out, &err), 2);
+    EXPECT_NE(err.find("BoostControl: '256' is outside u8 (0 to 255)"), std::string::npos) << err;
+    const int rc = Tool({"write", "BoostControl", "2"}, &out, &err);
+    const int64_t written = NowMs();
+    unsetenv("XCP_SECRETS");
+    ASSERT_EQ(rc, 0) << err;
+    EXPECT_EQ(out, "BoostControl = 2\n");
+
+    // The settings file within the second of the store's task (and a margin for a
+    // loaded machine).
+    int64_t stored = -1;
+    while (stored < 0 && NowMs() < written + 5000) {
+        const std::string image = root.Read(settings);
+        if (image.size() == 32768 && image[395] == 2) stored = NowMs();
+        usleep(10000);
+    }
+    ASSERT_GE(stored, 0) << "the settings file never held the new stage";
+    EXPECT_LE(stored - written, 1300);
+
+    // On the bus: the DOWNLOAD, its answer, and the first settings frame after the answer
+    // already with stage 2 (D7), within its 100 ms period.
+    dump.Signal(SIGTERM);
+    int status = 0;
+    ASSERT_TRUE(dump.Wait(10000, &status));
+    const std::vector<DUMP_LINE_T> lines = ParseDump(dump.Stdout());
+    size_t at = 0;
+    while (at < lines.size() && lines[at].frame.rfind("200#F00102", 0) != 0) at++;
+    ASSERT_LT(at, lines.size()) << dump.Stdout();
+    while (at < lines.size() && lines[at].frame != "300#FF") at++;
+    ASSERT_LT(at, lines.size());
+    const double answered = lines[at].time;
+    std::string before;
+    for (size_t i = 0; i < at; i++)
+        if (lines[i].frame.rfind("131#", 0) == 0) before = lines[i].frame;
+    EXPECT_EQ(before, "131#0000000000000101") << "stage 1 until the write";
+    while (at < lines.size() && lines[at].frame.rfind("131#", 0) != 0) at++;
+    ASSERT_LT(at, lines.size());
+    EXPECT_EQ(lines[at].frame, "131#0000000000000102");
+    EXPECT_LE(lines[at].time - answered, 0.1 + 0.03) << "a busy machine may lose a tick";
+
+    // Off and on again: the stage is the stored one.
+    StopDash();
+    dash = std::make_unique<Process>(BinPath("motordash"), root.Path().c_str());
+    ASSERT_TRUE(dash->WaitForOutput("Bit-timing for can0", 20000)) << dash->Stdout();
+    ASSERT_EQ(Tool({"read", "BoostControl"}, &out, &err), 0) << err;
+    EXPECT_EQ(out, "BoostControl = 2\n");
+    ASSERT_EQ(Tool({"get", "BoostControl", "PROFILE_GAUGE_COUNT"}, &out, &err), 0) << err;
+    EXPECT_EQ(out, "BoostControl 2\nPROFILE_GAUGE_COUNT 15 15 15\n");
 }
 
 TEST_F(XcpOnBus, AMasterThatVanishesMidUploadLeavesTheSessionUsable)

@@ -1,10 +1,14 @@
 // motordash-xcp: an XCP master for the dash's calibration link. It finds the slave,
-// shows its identification and reads its variables by name through the dash's own
-// address map.
+// shows its identification, reads its variables by name through the dash's own address
+// map, and with the resources' secrets unlocks them and writes variables and settings.
+#include <cctype>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <strings.h>
 #include <vector>
 
 #include "xcp_map.h"
@@ -14,15 +18,21 @@
 namespace {
 
 const char* const USAGE =
-    "usage: motordash-xcp [--timeout MS] ROOT|--can IFACE COMMAND [ARGS]\n"
+    "usage: motordash-xcp [--timeout MS] [--secrets CAL,DAQ,STIM,PGM] ROOT|--can IFACE COMMAND [ARGS]\n"
     "  ROOT          a simulated device root: its virtual bus, port can0\n"
     "  --can IFACE   a SocketCAN interface (the dash's bus, as can0)\n"
+    "  --secrets     the dash's four resource secrets, decimal or 0x hex; without it\n"
+    "                $XCP_SECRETS. Needed to unlock, and so to write\n"
     "commands:\n"
-    "  probe          find the slave: GET_SLAVE_ID on the broadcast identifier\n"
-    "  info           connect, status and identification\n"
-    "  list           the variables of the address map: address, size, type, record\n"
-    "  read NAME...   the values of variables (RPM or RAMVariables.RPM)\n"
-    "  dump ADDR LEN  LEN bytes of the address space from ADDR, in hex\n";
+    "  probe            find the slave: GET_SLAVE_ID on the broadcast identifier\n"
+    "  info             connect, status and identification\n"
+    "  list             the variables of the address map: address, size, type, record\n"
+    "  read NAME...     the values of variables (RPM or RAMVariables.RPM)\n"
+    "  dump ADDR LEN    LEN bytes of the address space from ADDR, in hex\n"
+    "  unlock RES...    unlock resources (CAL, DAQ, STIM, PGM) to check the secrets\n"
+    "  write NAME VALUE one value into a variable; NAME[I] for an element of an array\n"
+    "  get [NAME...]    settings, each as a line that set takes; all without NAME\n"
+    "  set NAME VALUE.. a whole setting, every element\n";
 
 constexpr uint8_t XCPCAN_GET_SLAVE_ID = 0xFF;
 
@@ -30,6 +40,20 @@ struct TOOL_T {
     XCP_MASTER_T master;
     const char* root = nullptr;
     const char* iface = nullptr;
+    const char* secrets = nullptr;  // "CAL,DAQ,STIM,PGM"
+    bool connected = false;         // a session to end with DISCONNECT
+};
+
+// The resources by the names a user gives them, in the order of the secrets.
+struct RESOURCE_NAME_T {
+    uint8_t bit;
+    const char* name;
+};
+constexpr RESOURCE_NAME_T m_resources[] = {
+    {XCP_RESOURCE_CAL_PAG, "CAL/PAG"},
+    {XCP_RESOURCE_DAQ, "DAQ"},
+    {XCP_RESOURCE_STIM, "STIM"},
+    {XCP_RESOURCE_PGM, "PGM"},
 };
 
 const char* _kindName(XCP_MAP_KIND_T kind)
@@ -123,7 +147,8 @@ void _failed(const TOOL_T& t, const char* what, const XCP_REPLY_T& r)
 bool _connect(TOOL_T* t, XCP_REPLY_T* r)
 {
     *r = XcpMasterConnect(&t->master);
-    if (r->status == XCP_MASTER_OK && r->packet.size() == 8) return true;
+    t->connected = r->status == XCP_MASTER_OK && r->packet.size() == 8;
+    if (t->connected) return true;
     _failed(*t, "CONNECT", *r);
     return false;
 }
@@ -131,7 +156,7 @@ bool _connect(TOOL_T* t, XCP_REPLY_T* r)
 // The session ends with the command; a failed DISCONNECT changes nothing of the result.
 int _end(TOOL_T* t, int code)
 {
-    XcpMasterDisconnect(&t->master);
+    if (t->connected) XcpMasterDisconnect(&t->master);
     XcpMasterClose(&t->master);
     return code;
 }
@@ -181,12 +206,7 @@ bool _identification(TOOL_T* t, uint8_t type, std::vector<uint8_t>* bytes)
 std::string _resources(uint8_t mask)
 {
     std::string text;
-    const struct {
-        uint8_t bit;
-        const char* name;
-    } names[] = {{XCP_RESOURCE_CAL_PAG, "CAL/PAG"}, {XCP_RESOURCE_DAQ, "DAQ"}, {XCP_RESOURCE_STIM, "STIM"},
-                 {XCP_RESOURCE_PGM, "PGM"}};
-    for (const auto& n : names) {
+    for (const RESOURCE_NAME_T& n : m_resources) {
         if (!(mask & n.bit)) continue;
         if (!text.empty()) text += ' ';
         text += n.name;
@@ -251,6 +271,37 @@ int _list(TOOL_T*, int argc, char**)
     return 0;
 }
 
+// The variable of a name, or a message why there is none.
+const XCP_MAP_FIELD_T* _field(const TOOL_T& t, const char* name)
+{
+    const XCP_MAP_FIELD_T* f = XcpMapFindField(name);
+    if (!f)
+        fprintf(stderr, "motordash-xcp: no variable '%s' in the address map (see: motordash-xcp %s list)\n", name,
+                t.root ? t.root : "--can IFACE");
+    return f;
+}
+
+// A setting is a field of the stored settings record.
+const XCP_MAP_FIELD_T* _setting(const TOOL_T& t, const char* name)
+{
+    const XCP_MAP_FIELD_T* f = _field(t, name);
+    if (f && f->record != XCP_RECORD_EE) {
+        fprintf(stderr, "motordash-xcp: %s is no setting: settings are the fields of %s\n", f->name,
+                XcpMapRecordNames[XCP_RECORD_EE]);
+        return nullptr;
+    }
+    return f;
+}
+
+// `count` bytes of a variable from `offset` into it, or a message.
+bool _readField(TOOL_T* t, const XCP_MAP_FIELD_T& f, uint32_t offset, uint32_t count, std::vector<uint8_t>* bytes)
+{
+    const XCP_REPLY_T r = XcpMasterRead(&t->master, f.addr + offset, count, bytes);
+    if (r.status == XCP_MASTER_OK) return true;
+    _failed(*t, (std::string("reading ") + f.name).c_str(), r);
+    return false;
+}
+
 int _read(TOOL_T* t, int argc, char** argv)
 {
     if (argc == 0) {
@@ -259,12 +310,8 @@ int _read(TOOL_T* t, int argc, char** argv)
     }
     std::vector<const XCP_MAP_FIELD_T*> fields;
     for (int i = 0; i < argc; i++) {
-        const XCP_MAP_FIELD_T* f = XcpMapFindField(argv[i]);
-        if (!f) {
-            fprintf(stderr, "motordash-xcp: no variable '%s' in the address map (see: motordash-xcp %s list)\n",
-                    argv[i], t->root ? t->root : "--can IFACE");
-            return 2;
-        }
+        const XCP_MAP_FIELD_T* f = _field(*t, argv[i]);
+        if (!f) return 2;
         fields.push_back(f);
     }
     if (!_open(t)) return 1;
@@ -272,11 +319,7 @@ int _read(TOOL_T* t, int argc, char** argv)
     if (!_connect(t, &r)) return _end(t, 1);
     for (const XCP_MAP_FIELD_T* f : fields) {
         std::vector<uint8_t> bytes;
-        r = XcpMasterRead(&t->master, f->addr, f->size, &bytes);
-        if (r.status != XCP_MASTER_OK) {
-            _failed(*t, (std::string("reading ") + f->name).c_str(), r);
-            return _end(t, 1);
-        }
+        if (!_readField(t, *f, 0, f->size, &bytes)) return _end(t, 1);
         printf("%s = %s\n", f->name, _value(*f, bytes).c_str());
     }
     return _end(t, 0);
@@ -326,12 +369,255 @@ int _dump(TOOL_T* t, int argc, char** argv)
     return _end(t, 0);
 }
 
+// ---- Unlocking and writing ----------------------------------------------------------
+
+// A number as people write it: decimal, or hex after 0x, a minus sign before either. A
+// leading zero is not octal.
+bool _integer(const char* text, long long* value)
+{
+    const bool negative = text[0] == '-';
+    const char* digits = negative ? text + 1 : text;
+    const bool hex = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
+    if (hex) digits += 2;
+    if (!(hex ? isxdigit((unsigned char)digits[0]) : isdigit((unsigned char)digits[0]))) return false;
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long long v = strtoull(digits, &end, hex ? 16 : 10);
+    if (errno || *end || v > 0xFFFFFFFFull) return false;
+    *value = negative ? -(long long)v : (long long)v;
+    return true;
+}
+
+// The four secrets, from --secrets or $XCP_SECRETS.
+bool _secrets(const TOOL_T& t, uint32_t secrets[4])
+{
+    const char* text = t.secrets ? t.secrets : getenv("XCP_SECRETS");
+    if (!text || !*text) {
+        fprintf(stderr, "motordash-xcp: no secrets: give --secrets CAL,DAQ,STIM,PGM or set XCP_SECRETS\n");
+        return false;
+    }
+    const std::string all = text;
+    size_t at = 0;
+    for (int i = 0; i < 4; i++) {
+        const size_t comma = i < 3 ? all.find(',', at) : all.size();
+        long long v;
+        if (comma == std::string::npos || !_integer(all.substr(at, comma - at).c_str(), &v) || v < 0) {
+            fprintf(stderr, "motordash-xcp: bad secrets '%s': four numbers CAL,DAQ,STIM,PGM, decimal or 0x hex\n",
+                    text);
+            return false;
+        }
+        secrets[i] = (uint32_t)v;
+        at = comma + 1;
+    }
+    return true;
+}
+
+// The position of a resource in m_resources by a name a user gives it; -1 for none.
+int _resourceIndex(const char* name)
+{
+    const char* const names[] = {"CAL", "CAL/PAG", "CAL_PAG", "PAG", "DAQ", "STIM", "PGM"};
+    const int index[] = {0, 0, 0, 0, 1, 2, 3};
+    for (size_t i = 0; i < sizeof(names) / sizeof(names[0]); i++)
+        if (!strcasecmp(name, names[i])) return index[i];
+    return -1;
+}
+
+bool _unlock(TOOL_T* t, int resource, const uint32_t secrets[4])
+{
+    const RESOURCE_NAME_T& res = m_resources[resource];
+    const XCP_REPLY_T r = XcpMasterUnlock(&t->master, res.bit, secrets[resource]);
+    if (r.status == XCP_MASTER_OK) return true;
+    _failed(*t, (std::string("unlocking ") + res.name).c_str(), r);
+    if (r.status == XCP_MASTER_ERROR && r.error == XCP_ERR_ACCESS_LOCKED) {
+        fprintf(stderr, "motordash-xcp: the secret of %s is not the dash's\n", res.name);
+        t->connected = false;  // a wrong key ends the session
+    }
+    return false;
+}
+
+int _unlockCommand(TOOL_T* t, int argc, char** argv)
+{
+    if (argc == 0) {
+        fputs(USAGE, stderr);
+        return 2;
+    }
+    std::vector<int> which;
+    for (int i = 0; i < argc; i++) {
+        which.push_back(_resourceIndex(argv[i]));
+        if (which.back() < 0) {
+            fprintf(stderr, "motordash-xcp: unknown resource '%s' (CAL, DAQ, STIM or PGM)\n", argv[i]);
+            return 2;
+        }
+    }
+    uint32_t secrets[4];
+    if (!_secrets(*t, secrets)) return 2;
+    if (!_open(t)) return 1;
+    XCP_REPLY_T r;
+    if (!_connect(t, &r)) return _end(t, 1);
+    for (int resource : which) {
+        if (!_unlock(t, resource, secrets)) return _end(t, 1);
+        printf("unlocked       %s\n", m_resources[resource].name);
+    }
+    r = XcpMasterCommand(&t->master, {XCP_CMD_GET_STATUS});
+    if (r.status != XCP_MASTER_OK || r.packet.size() != 6) {
+        _failed(*t, "GET_STATUS", r);
+        return _end(t, 1);
+    }
+    printf("locked         %s\n", _resources(r.packet[2]).c_str());
+    return _end(t, 0);
+}
+
+// The bytes of one element from its text, if the element's type holds the value.
+bool _encode(const XCP_MAP_FIELD_T& f, const char* text, std::vector<uint8_t>* out)
+{
+    uint32_t bits;
+    if (f.kind == XCP_KIND_F32) {
+        char* end = nullptr;
+        errno = 0;
+        const float v = strtof(text, &end);
+        if (end == text || *end || errno == ERANGE || !std::isfinite(v)) {
+            fprintf(stderr, "motordash-xcp: %s: '%s' is no number an f32 holds\n", f.name, text);
+            return false;
+        }
+        memcpy(&bits, &v, sizeof(bits));
+    } else {
+        long long lo = 0, hi = 0xFFFFFFFFll;
+        switch (f.kind) {
+        case XCP_KIND_BOOL: hi = 1; break;
+        case XCP_KIND_U8: hi = 0xFF; break;
+        case XCP_KIND_S16: lo = -32768, hi = 32767; break;
+        case XCP_KIND_U16: hi = 0xFFFF; break;
+        default: break;
+        }
+        long long v;
+        if (!_integer(text, &v) || v < lo || v > hi) {
+            fprintf(stderr, "motordash-xcp: %s: '%s' is outside %s (%lld to %lld)\n", f.name, text,
+                    _kindName(f.kind), lo, hi);
+            return false;
+        }
+        bits = (uint32_t)v;
+    }
+    for (uint32_t i = 0; i < XcpMapKindSize(f.kind); i++) out->push_back((uint8_t)(bits >> (8 * i)));
+    return true;
+}
+
+// Connected, with CAL/PAG unlocked and the writes' block mode known.
+bool _calibrate(TOOL_T* t, const uint32_t secrets[4])
+{
+    if (!_open(t)) return false;
+    XCP_REPLY_T r;
+    if (!_connect(t, &r)) return false;
+    XcpMasterCommModeInfo(&t->master);
+    return _unlock(t, 0, secrets);
+}
+
+// Writes bytes into a variable from `offset` on and reads them back.
+bool _writeField(TOOL_T* t, const XCP_MAP_FIELD_T& f, uint32_t offset, const std::vector<uint8_t>& bytes,
+                 std::vector<uint8_t>* back)
+{
+    const XCP_REPLY_T r = XcpMasterWrite(&t->master, f.addr + offset, bytes);
+    if (r.status != XCP_MASTER_OK) {
+        _failed(*t, (std::string("writing ") + f.name).c_str(), r);
+        return false;
+    }
+    return _readField(t, f, offset, (uint32_t)bytes.size(), back);
+}
+
+int _write(TOOL_T* t, int argc, char** argv)
+{
+    if (argc != 2) {
+        fputs(USAGE, stderr);
+        return 2;
+    }
+    // NAME or NAME[I].
+    std::string name = argv[0];
+    long long index = -1;
+    const size_t bracket = name.find('[');
+    if (bracket != std::string::npos) {
+        const std::string digits = name.substr(bracket + 1, name.size() - bracket - 2);
+        if (name.back() != ']' || !_integer(digits.c_str(), &index) || index < 0) {
+            fprintf(stderr, "motordash-xcp: '%s': an element is NAME[INDEX]\n", argv[0]);
+            return 2;
+        }
+        name.resize(bracket);
+    }
+    const XCP_MAP_FIELD_T* f = _field(*t, name.c_str());
+    if (!f) return 2;
+    if (f->record == XCP_RECORD_CONST) {
+        fprintf(stderr, "motordash-xcp: %s is a constant of the build, read only\n", f->name);
+        return 2;
+    }
+    if (index < 0 && f->elements > 1) {
+        fprintf(stderr, "motordash-xcp: %s has %u elements: write %s[I] VALUE, or set all of them\n", f->name,
+                f->elements, f->name);
+        return 2;
+    }
+    if (index >= f->elements) {
+        fprintf(stderr, "motordash-xcp: %s has elements 0 to %u\n", f->name, f->elements - 1u);
+        return 2;
+    }
+    std::vector<uint8_t> bytes, back;
+    uint32_t secrets[4];
+    if (!_encode(*f, argv[1], &bytes) || !_secrets(*t, secrets)) return 2;
+    if (!_calibrate(t, secrets)) return _end(t, 1);
+    const uint32_t offset = index > 0 ? (uint32_t)index * XcpMapKindSize(f->kind) : 0;
+    if (!_writeField(t, *f, offset, bytes, &back)) return _end(t, 1);
+    if (index >= 0) printf("%s[%lld] = %s\n", f->name, index, _value(*f, back).c_str());
+    else printf("%s = %s\n", f->name, _value(*f, back).c_str());
+    return _end(t, 0);
+}
+
+int _get(TOOL_T* t, int argc, char** argv)
+{
+    std::vector<const XCP_MAP_FIELD_T*> fields;
+    for (int i = 0; i < argc; i++) {
+        fields.push_back(_setting(*t, argv[i]));
+        if (!fields.back()) return 2;
+    }
+    if (argc == 0)
+        for (const XCP_MAP_FIELD_T& f : XcpMapFields)
+            if (f.record == XCP_RECORD_EE) fields.push_back(&f);
+    if (!_open(t)) return 1;
+    XCP_REPLY_T r;
+    if (!_connect(t, &r)) return _end(t, 1);
+    for (const XCP_MAP_FIELD_T* f : fields) {
+        std::vector<uint8_t> bytes;
+        if (!_readField(t, *f, 0, f->size, &bytes)) return _end(t, 1);
+        printf("%s %s\n", f->name, _value(*f, bytes).c_str());
+    }
+    return _end(t, 0);
+}
+
+int _set(TOOL_T* t, int argc, char** argv)
+{
+    if (argc < 2) {
+        fputs(USAGE, stderr);
+        return 2;
+    }
+    const XCP_MAP_FIELD_T* f = _setting(*t, argv[0]);
+    if (!f) return 2;
+    if (argc - 1 != f->elements) {
+        fprintf(stderr, "motordash-xcp: %s takes %u values, not %d\n", f->name, f->elements, argc - 1);
+        return 2;
+    }
+    std::vector<uint8_t> bytes, back;
+    for (int i = 1; i < argc; i++)
+        if (!_encode(*f, argv[i], &bytes)) return 2;
+    uint32_t secrets[4];
+    if (!_secrets(*t, secrets)) return 2;
+    if (!_calibrate(t, secrets)) return _end(t, 1);
+    if (!_writeField(t, *f, 0, bytes, &back)) return _end(t, 1);
+    printf("%s %s\n", f->name, _value(*f, back).c_str());
+    return _end(t, 0);
+}
+
 struct COMMAND_T {
     const char* name;
     int (*run)(TOOL_T* t, int argc, char** argv);
 };
 constexpr COMMAND_T m_commands[] = {
-    {"probe", _probe}, {"info", _info}, {"list", _list}, {"read", _read}, {"dump", _dump},
+    {"probe", _probe}, {"info", _info},   {"list", _list}, {"read", _read}, {"dump", _dump},
+    {"unlock", _unlockCommand}, {"write", _write}, {"get", _get}, {"set", _set},
 };
 
 }  // namespace
@@ -344,14 +630,21 @@ int main(int argc, char** argv)
         fputs(USAGE, stdout);
         return 0;
     }
-    if (i + 1 < argc && !strcmp(argv[i], "--timeout")) {
-        uint32_t ms;
-        if (!_number(argv[i + 1], &ms) || ms == 0 || ms > 600000) {
-            fprintf(stderr, "motordash-xcp: bad time-out '%s' (milliseconds)\n", argv[i + 1]);
+    for (; i + 1 < argc && argv[i][0] == '-' && strcmp(argv[i], "--can"); i += 2) {
+        if (!strcmp(argv[i], "--timeout")) {
+            uint32_t ms;
+            if (!_number(argv[i + 1], &ms) || ms == 0 || ms > 600000) {
+                fprintf(stderr, "motordash-xcp: bad time-out '%s' (milliseconds)\n", argv[i + 1]);
+                return 2;
+            }
+            tool.master.timeoutMs = (int)ms;
+        } else if (!strcmp(argv[i], "--secrets")) {
+            tool.secrets = argv[i + 1];
+        } else {
+            fprintf(stderr, "motordash-xcp: unknown option '%s'\n", argv[i]);
+            fputs(USAGE, stderr);
             return 2;
         }
-        tool.master.timeoutMs = (int)ms;
-        i += 2;
     }
     if (i + 1 < argc && !strcmp(argv[i], "--can")) {
         tool.iface = argv[i + 1];

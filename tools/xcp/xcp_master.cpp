@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "SeednKey.h"
 #include "can_bus.h"
 #include "tool_clock.h"
 #include "xcp_types.h"
@@ -18,6 +19,9 @@ namespace {
 
 constexpr uint8_t UPLOAD_MAX = 255;  // count byte of one UPLOAD
 constexpr uint8_t GET_ID_ASAM_MC2 = 1;  // sets the MTA to this slave's address 0
+constexpr uint8_t DOWNLOAD_MAX_COUNT = 255;  // count byte of one DOWNLOAD
+constexpr uint8_t CTO_DATA = 6;              // bytes of seed, key or download in one frame
+constexpr uint8_t COMM_MODE_MASTER_BLOCK = 0x01;
 
 struct ERROR_NAME_T {
     uint8_t code;
@@ -175,6 +179,63 @@ XCP_REPLY_T XcpMasterRead(XCP_MASTER_T* m, uint32_t addr, uint32_t length, std::
     const XCP_REPLY_T r = XcpMasterCommand(m, addr == 0 ? getId : setMta);
     if (r.status != XCP_MASTER_OK) return r;
     return XcpMasterUpload(m, length, out);
+}
+
+XCP_REPLY_T XcpMasterCommModeInfo(XCP_MASTER_T* m)
+{
+    XCP_REPLY_T r = XcpMasterCommand(m, {XCP_CMD_GET_COMM_MODE_INFO});
+    if (r.status == XCP_MASTER_OK && r.packet.size() >= 6) {
+        m->blockMode = r.packet[2] & COMM_MODE_MASTER_BLOCK;
+        m->minStUs = r.packet[5] * 100;  // in units of 100 us
+    }
+    return r;
+}
+
+XCP_REPLY_T XcpMasterUnlock(XCP_MASTER_T* m, uint8_t resource, uint32_t secret)
+{
+    // The seed, in as many frames as it takes.
+    std::vector<uint8_t> seed;
+    uint8_t mode = 0;
+    for (;;) {
+        const XCP_REPLY_T r = XcpMasterCommand(m, {XCP_CMD_GET_SEED, mode, resource});
+        if (r.status != XCP_MASTER_OK || r.packet.size() < 2) return r;
+        const uint32_t remain = r.packet[1];
+        if (mode == 0 && remain == 0) return r;  // not locked
+        const uint32_t now = r.packet.size() - 2 < remain ? (uint32_t)r.packet.size() - 2 : remain;
+        seed.insert(seed.end(), r.packet.begin() + 2, r.packet.begin() + 2 + now);
+        if (now == remain) break;
+        mode = 1;
+    }
+    const uint32_t hash = XcpKeyHash(secret, seed.data(), (uint32_t)seed.size(), resource);
+    const uint8_t key[4] = {(uint8_t)(hash >> 24), (uint8_t)(hash >> 16), (uint8_t)(hash >> 8), (uint8_t)hash};
+    return XcpMasterCommand(m, {XCP_CMD_UNLOCK, sizeof(key), key[0], key[1], key[2], key[3]});
+}
+
+XCP_REPLY_T XcpMasterWrite(XCP_MASTER_T* m, uint32_t addr, const std::vector<uint8_t>& bytes)
+{
+    const std::vector<uint8_t> setMta = {XCP_CMD_SET_MTA,       0, 0, 0, (uint8_t)addr, (uint8_t)(addr >> 8),
+                                         (uint8_t)(addr >> 16), (uint8_t)(addr >> 24)};
+    XCP_REPLY_T r = XcpMasterCommand(m, setMta);
+    const uint32_t blockMax = m->blockMode ? DOWNLOAD_MAX_COUNT : CTO_DATA;
+    for (size_t at = 0; at < bytes.size() && r.status == XCP_MASTER_OK;) {
+        const size_t left = bytes.size() - at;
+        uint8_t count = (uint8_t)(left < blockMax ? left : blockMax);
+        // A block: its frames go without answers, minStUs apart, and the last is answered.
+        for (uint8_t pid = XCP_CMD_DOWNLOAD;; pid = XCP_CMD_DOWNLOAD_NEXT) {
+            const uint8_t now = count < CTO_DATA ? count : CTO_DATA;
+            std::vector<uint8_t> frame = {pid, count};
+            frame.insert(frame.end(), bytes.begin() + (long)at, bytes.begin() + (long)(at + now));
+            at += now;
+            count -= now;
+            if (count == 0) {
+                r = XcpMasterCommand(m, frame);
+                break;
+            }
+            if (!XcpMasterSendFrame(m, m->cmdId, frame.data(), (uint8_t)frame.size())) return _reply(XCP_MASTER_BUS);
+            if (m->minStUs > 0) usleep((useconds_t)m->minStUs);
+        }
+    }
+    return r;
 }
 
 std::string XcpErrorName(uint8_t code)

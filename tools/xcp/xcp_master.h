@@ -12,6 +12,11 @@ struct XCP_MASTER_T {
     uint32_t broadcastId = 0x100;
     uint32_t cmdId = 0x200;
     uint32_t respId = 0x300;
+    // How a write of more than one frame goes: as one block of frames without answers
+    // (GET_COMM_MODE_INFO tells whether the slave takes them, and how far apart), or
+    // frame by frame.
+    bool blockMode = false;
+    int minStUs = 0;
 };
 
 // Port can0 of a device root's virtual bus, or the SocketCAN interface `iface` when
@@ -50,6 +55,16 @@ XCP_REPLY_T XcpMasterUpload(XCP_MASTER_T* m, uint32_t length, std::vector<uint8_
 // Reads `length` bytes from the address space at `addr`: SET_MTA (or GET_ID type 1 for
 // address 0, which SET_MTA refuses), then XcpMasterUpload.
 XCP_REPLY_T XcpMasterRead(XCP_MASTER_T* m, uint32_t addr, uint32_t length, std::vector<uint8_t>* out);
+
+// GET_COMM_MODE_INFO: whether writes may go as blocks, and the gap between frames.
+XCP_REPLY_T XcpMasterCommModeInfo(XCP_MASTER_T* m);
+// GET_SEED and UNLOCK of one resource, the key made from the seed with `secret`. The
+// last response: an UNLOCK's tells what stays locked; a positive GET_SEED with nothing
+// to unlock means the resource was open already.
+XCP_REPLY_T XcpMasterUnlock(XCP_MASTER_T* m, uint8_t resource, uint32_t secret);
+// Writes bytes into the address space at `addr`: SET_MTA, then DOWNLOADs (with
+// DOWNLOAD_NEXT frames in block mode).
+XCP_REPLY_T XcpMasterWrite(XCP_MASTER_T* m, uint32_t addr, const std::vector<uint8_t>& bytes);
 
 // The standard's name of an error code, "ERR_ACCESS_LOCKED"; "ERR_0x42" for others.
 std::string XcpErrorName(uint8_t code);

@@ -1,11 +1,14 @@
 // The XCP library on its own, against a fake application: the transport's queues and
-// routing, the core's session and protection, the memory commands, and a resumed DAQ
-// setup sampled on its event.
+// routing, the core's session and protection, seed and key, the memory commands, pages
+// and segments, and a resumed DAQ setup sampled on its event.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
+#include "SeednKey.h"
 #include "xcp_core.h"
 #include "xcp_fake_app.h"
 
@@ -401,6 +404,321 @@ TEST_F(XcpCore, BuildChecksum)
         << "a block past the end of the memory";
     FakeApp.forced = CALMEM_REJECTED;
     EXPECT_EQ(Ask({0xF3, 0, 0, 0, 1, 0, 0, 0}), Error(0x10));
+}
+
+// ---- Seed and key ------------------------------------------------------------------
+
+// 32-bit FNV-1a, as the protocol between master and slave defines the key.
+uint32_t Fnv1a(const BYTES_T& bytes)
+{
+    uint32_t hash = 2166136261u;
+    for (uint8_t b : bytes) {
+        hash ^= b;
+        hash *= 16777619u;
+    }
+    return hash;
+}
+
+// The secret a resource is keyed with: the build's, unless the build kept the library's
+// own project id.
+uint32_t SecretOf(uint8_t resource)
+{
+    const bool builtIn = XcpProjectId == XCP_DEFAULT_PROJECT_ID;
+    switch (resource) {
+    case 0x01: return builtIn ? XcpLibrarySecrets[0] : XcpCALSecret;
+    case 0x04: return builtIn ? XcpLibrarySecrets[1] : XcpDAQSecret;
+    case 0x08: return builtIn ? XcpLibrarySecrets[2] : XcpSTIMSecret;
+    default: return builtIn ? XcpLibrarySecrets[3] : XcpPGMSecret;
+    }
+}
+
+// The key a master answers a seed with: secret most significant byte first, the seed,
+// the resource; the hash most significant byte first.
+BYTES_T KeyFor(uint8_t resource, const BYTES_T& seed)
+{
+    const uint32_t s = SecretOf(resource);
+    BYTES_T in = {(uint8_t)(s >> 24), (uint8_t)(s >> 16), (uint8_t)(s >> 8), (uint8_t)s};
+    in.insert(in.end(), seed.begin(), seed.end());
+    in.push_back(resource);
+    const uint32_t h = Fnv1a(in);
+    return {(uint8_t)(h >> 24), (uint8_t)(h >> 16), (uint8_t)(h >> 8), (uint8_t)h};
+}
+
+class XcpSeedKey : public XcpCore {
+protected:
+    // GET_SEED mode 0: the six seed bytes.
+    static BYTES_T Seed(uint8_t resource)
+    {
+        const BYTES_T r = Ask({0xF8, 0, resource});
+        EXPECT_EQ(r.size(), 8u);
+        if (r.size() != 8 || r[0] != 0xFF || r[1] != 6) return {};
+        return BYTES_T(r.begin() + 2, r.end());
+    }
+    static BYTES_T Unlock(const BYTES_T& key, uint8_t length)
+    {
+        BYTES_T cmd = {0xF7, length};
+        cmd.insert(cmd.end(), key.begin(), key.end());
+        return Ask(cmd);
+    }
+    static BYTES_T Unlock(const BYTES_T& key) { return Unlock(key, (uint8_t)key.size()); }
+    static BYTES_T Status() { return Ask({0xFD}); }
+};
+
+TEST_F(XcpSeedKey, TheKeyIsTheHashOfSecretSeedAndResourceForEachResource)
+{
+    const uint8_t order[] = {0x01, 0x04, 0x08, 0x10};
+    for (uint32_t t : {0u, 1234u, 0xFFFFFFFFu}) {
+        Connect();
+        uint8_t locked = 0x1D;
+        for (uint8_t resource : order) {
+            FakeApp.timestamp = t + resource;
+            const BYTES_T seed = Seed(resource);
+            ASSERT_EQ(seed.size(), 6u);
+            // The project id, then two numbers of rand seeded by the clock.
+            EXPECT_EQ(seed[0], XcpProjectId >> 8);
+            EXPECT_EQ(seed[1], XcpProjectId & 0xFF);
+            srand(t + resource);
+            const int r1 = rand(), r2 = rand();
+            EXPECT_EQ(seed, (BYTES_T{seed[0], seed[1], (uint8_t)r1, (uint8_t)(r1 >> 8), (uint8_t)r2,
+                                     (uint8_t)(r2 >> 8)}));
+            locked &= (uint8_t)~resource;
+            EXPECT_EQ(Unlock(KeyFor(resource, seed)), (BYTES_T{0xFF, locked})) << (int)resource << " at " << t;
+        }
+        EXPECT_EQ(Status(), (BYTES_T{0xFF, 0x00, 0x00, 0x00, 0x00, 0x00}));
+        EXPECT_EQ(Ask({0xFE}), OK);
+    }
+}
+
+TEST(XcpSecrets, TheBuildsSettingsReachTheLibraryInOrder)
+{
+    const std::string id = XCP_BUILD_PROJECT_ID, secrets = XCP_BUILD_SECRETS;
+    if (id.empty()) {
+        EXPECT_EQ(XcpProjectId, XCP_DEFAULT_PROJECT_ID);
+        EXPECT_EQ(XcpResourceSecret(XCP_RESOURCE_PGM), XcpLibrarySecrets[3]);
+        return;
+    }
+    // Decimal or 0x hex, as the build takes them; a leading zero is not octal.
+    auto number = [](const std::string& text) {
+        const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+        return (uint32_t)strtoul(text.c_str(), nullptr, hex ? 16 : 10);
+    };
+    EXPECT_EQ(XcpProjectId, number(id));
+    std::vector<uint32_t> values;
+    for (size_t at = 0, comma; at <= secrets.size(); at = comma + 1) {
+        comma = secrets.find(',', at);
+        if (comma == std::string::npos) comma = secrets.size();
+        values.push_back(number(secrets.substr(at, comma - at)));
+    }
+    EXPECT_EQ(values, (std::vector<uint32_t>{XcpCALSecret, XcpDAQSecret, XcpSTIMSecret, XcpPGMSecret}));
+    EXPECT_EQ(XcpResourceSecret(XCP_RESOURCE_STIM), XcpSTIMSecret);
+    EXPECT_EQ(XcpResourceSecret(0x02), 0u);
+}
+
+TEST_F(XcpSeedKey, GetSeedByModeAndResource)
+{
+    Connect();
+    EXPECT_EQ(Ask({0xF8, 1, 0}), Error(0x29)) << "the rest of a seed never begun";
+    EXPECT_EQ(Ask({0xF7, 4, 1, 2, 3, 4}), Error(0x29)) << "a key before any seed";
+    EXPECT_EQ(Ask({0xF8, 0, 0x05}), Error(0x22)) << "two resources";
+    EXPECT_EQ(Ask({0xF8, 0, 0x00}), Error(0x22));
+    EXPECT_EQ(Ask({0xF8, 0, 0x02}), (BYTES_T{0xFF, 0})) << "a bit that is never locked";
+    const BYTES_T seed = Seed(0x01);
+    ASSERT_EQ(seed.size(), 6u);
+    EXPECT_EQ(Ask({0xF8, 1, 0}), Error(0x29)) << "the seed went whole in one frame";
+    ASSERT_EQ(Unlock(KeyFor(0x01, seed)), (BYTES_T{0xFF, 0x1C}));
+    EXPECT_EQ(Ask({0xF8, 0, 0x01}), (BYTES_T{0xFF, 0})) << "unlocked: no seed";
+    // A DISCONNECT locks all again.
+    EXPECT_EQ(Ask({0xFE}), OK);
+    Connect();
+    EXPECT_EQ(Status()[2], 0x1D);
+    EXPECT_EQ(Seed(0x01).size(), 6u);
+}
+
+TEST_F(XcpSeedKey, AWrongKeyOrLengthEndsTheSessionAndASeedServesOneAttempt)
+{
+    Connect();
+    BYTES_T seed = Seed(0x01);
+    BYTES_T key = KeyFor(0x01, seed);
+    key[3] ^= 0x01;
+    EXPECT_EQ(Unlock(key), Error(0x25));
+    EXPECT_TRUE(Send({0xFD}).empty()) << "disconnected";
+
+    Connect();
+    seed = Seed(0x01);
+    key = KeyFor(0x01, seed);
+    EXPECT_EQ(Unlock(BYTES_T(key.begin(), key.begin() + 3)), Error(0x25)) << "three bytes of the right key";
+    EXPECT_TRUE(Send({0xFD}).empty());
+
+    // A key for an older seed, and a key replayed after its success.
+    Connect();
+    const BYTES_T old = KeyFor(0x04, Seed(0x04));
+    FakeApp.timestamp = 99;
+    seed = Seed(0x04);
+    ASSERT_NE(KeyFor(0x04, seed), old);
+    EXPECT_EQ(Unlock(old), Error(0x25));
+    Connect();
+    seed = Seed(0x04);
+    ASSERT_EQ(Unlock(KeyFor(0x04, seed)), (BYTES_T{0xFF, 0x19}));
+    EXPECT_EQ(Unlock(KeyFor(0x04, seed)), Error(0x29)) << "the replay needs a new seed";
+    EXPECT_EQ(Status()[2], 0x19) << "and costs nothing";
+
+    // Keys longer than a frame: the frames must count down exactly, and the whole is
+    // compared by its length too.
+    seed = Seed(0x10);
+    EXPECT_EQ(Unlock({1, 2, 3, 4, 5, 6}, 10), (BYTES_T{0xFF, 0x19}));
+    EXPECT_EQ(Unlock({7, 8, 9, 10, 11}, 5), Error(0x25)) << "4 were left, not 5";
+    EXPECT_TRUE(Send({0xFD}).empty());
+    Connect();
+    seed = Seed(0x10);
+    EXPECT_EQ(Unlock({1, 2, 3, 4, 5, 6}, 255), (BYTES_T{0xFF, 0x1D}));
+    for (uint8_t left = 249; left > 6; left -= 6) ASSERT_EQ(Unlock({0, 0, 0, 0, 0, 0}, left), (BYTES_T{0xFF, 0x1D}));
+    EXPECT_EQ(Unlock({0, 0, 0}), Error(0x25)) << "255 bytes are no key of 4";
+    Connect();
+    Seed(0x10);
+    EXPECT_EQ(Unlock({}), Error(0x25)) << "nor is none";
+    // After all that, the right key of a fresh seed still works.
+    Connect();
+    seed = Seed(0x10);
+    EXPECT_EQ(Unlock(KeyFor(0x10, seed)), (BYTES_T{0xFF, 0x0D}));
+}
+
+// ---- Writing -----------------------------------------------------------------------
+
+class XcpWrite : public XcpCore {
+protected:
+    void SetUp() override
+    {
+        XcpCore::SetUp();
+        Connect();
+        Xcp_Sessions[0].ctResourceProtection = 0;
+    }
+};
+
+TEST_F(XcpWrite, DownloadWritesFromTheMtaInFramesAndBlocks)
+{
+    ASSERT_EQ(SetMta(100), OK);
+    EXPECT_EQ(Ask({0xF0, 3, 0xA1, 0xA2, 0xA3}), OK);
+    EXPECT_EQ(Ask({0xF0, 1, 0xA4}), OK) << "the MTA moved on";
+    EXPECT_EQ(Mem(100, 5), (BYTES_T{0xA1, 0xA2, 0xA3, 0xA4, 104}));
+
+    // A block of 10: six bytes and no answer, then four and the answer.
+    ASSERT_EQ(SetMta(200), OK);
+    EXPECT_TRUE(Send({0xF0, 10, 1, 2, 3, 4, 5, 6}).empty());
+    EXPECT_EQ(Ask({0xEF, 4, 7, 8, 9, 10}), OK);
+    EXPECT_EQ(Mem(200, 11), (BYTES_T{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 210}));
+
+    // The longest block, 255 bytes in 43 frames.
+    ASSERT_EQ(SetMta(300), OK);
+    BYTES_T expected;
+    for (int left = 255; left > 0; left -= 6) {
+        BYTES_T frame = {(uint8_t)(left == 255 ? 0xF0 : 0xEF), (uint8_t)left};
+        for (int i = 0; i < 6; i++) frame.push_back((uint8_t)(left + i));
+        expected.insert(expected.end(), frame.begin() + 2, frame.begin() + 2 + (left < 6 ? left : 6));
+        const std::vector<FAKE_FRAME_T> out = Send(frame);
+        ASSERT_EQ(out.size(), left <= 6 ? 1u : 0u) << left;
+    }
+    EXPECT_EQ(Mem(300, 255), expected);
+
+    // DOWNLOAD_MAX: seven bytes from byte 1.
+    ASSERT_EQ(SetMta(600), OK);
+    EXPECT_EQ(Ask({0xEE, 11, 12, 13, 14, 15, 16, 17}), OK);
+    EXPECT_EQ(Mem(600, 8), (BYTES_T{11, 12, 13, 14, 15, 16, 17, (uint8_t)607}));
+}
+
+TEST_F(XcpWrite, DownloadNextMustContinueItsBlockWithTheCountLeft)
+{
+    EXPECT_EQ(Ask({0xEF, 4, 1, 2, 3, 4}), (BYTES_T{0xFE, 0x29, 0})) << "no block";
+    ASSERT_EQ(SetMta(200), OK);
+    EXPECT_TRUE(Send({0xF0, 10, 1, 2, 3, 4, 5, 6}).empty());
+    EXPECT_EQ(Ask({0xEF, 3, 7, 8, 9}), (BYTES_T{0xFE, 0x29, 4}));
+    EXPECT_EQ(Mem(206, 1), BYTES_T{206}) << "nothing of the wrong frame written";
+    EXPECT_EQ(Ask({0xEF, 4, 7, 8, 9, 10}), OK) << "the right count still completes it";
+    // Any other command abandons the rest.
+    EXPECT_TRUE(Send({0xF0, 10, 1, 2, 3, 4, 5, 6}).empty());
+    EXPECT_EQ(Ask({0xFD}).size(), 6u);
+    EXPECT_EQ(Ask({0xEF, 4, 7, 8, 9, 10}), (BYTES_T{0xFE, 0x29, 0}));
+}
+
+TEST_F(XcpWrite, FailedWritesAnswerByTheirCause)
+{
+    ASSERT_EQ(SetMta(1020), OK);
+    EXPECT_EQ(Ask({0xF0, 5, 1, 2, 3, 4, 5}), Error(0x24)) << "past the end of the memory";
+    EXPECT_EQ(Mem(1020, 4), (BYTES_T{(uint8_t)1020, (uint8_t)1021, (uint8_t)1022, (uint8_t)1023}));
+    ASSERT_EQ(SetMta(10), OK);
+    FakeApp.forced = CALMEM_OUTOFRAM;
+    EXPECT_EQ(Ask({0xF0, 1, 0}), Error(0x30));
+    FakeApp.forced = CALMEM_REJECTED;
+    EXPECT_EQ(Ask({0xEE, 0, 0, 0, 0, 0, 0, 0}), Error(0x10));
+    // A failed middle frame ends the block.
+    EXPECT_EQ(Ask({0xF0, 10, 1, 2, 3, 4, 5, 6}), Error(0x10));
+    FakeApp.forced = CALMEM_FINISHED;
+    EXPECT_EQ(Ask({0xEF, 4, 7, 8, 9, 10}), (BYTES_T{0xFE, 0x29, 0}));
+    // A slow memory: the answer comes on the pass that finds the write done, and the MTA
+    // moves once.
+    ASSERT_EQ(SetMta(50), OK);
+    FakeApp.busyPasses = 2;
+    EXPECT_TRUE(Send({0xF0, 2, 0xB1, 0xB2}).empty());
+    EXPECT_TRUE(Send({0xF0, 1, 0xB3}).empty()) << "waits behind the busy one";
+    FakeApp.sent.clear();
+    Xcp_CmdProcessor();
+    Xcp_CmdProcessor();
+    ASSERT_EQ(FakeApp.sent.size(), 2u);
+    EXPECT_EQ(Mem(50, 4), (BYTES_T{0xB1, 0xB2, 0xB3, 53}));
+
+    // MODIFY_BITS is as the application answers it.
+    EXPECT_EQ(Ask({0xEC, 0, 0xFF, 0xFF, 0, 0}), Error(0x24));
+    FakeApp.pageCopyResult = CALMEM_FINISHED;
+    EXPECT_EQ(Ask({0xEC, 0, 0xFF, 0xFF, 0, 0}), OK);
+}
+
+TEST_F(XcpWrite, PagesAndSegmentsAnswerAsTheApplicationDoes)
+{
+    EXPECT_EQ(Ask({0xE9}), (BYTES_T{0xFF, 2, 1}));
+    EXPECT_EQ(Ask({0xEB, 0x80, 0, 1}), Error(0x27)) << "neither the ECU's nor the tool's page";
+    EXPECT_EQ(Ask({0xEB, 0x03, 0, 1}), Error(0x27)) << "refused by the ECU side";
+    FakeApp.ecuPageResult = CALPAGE_OK;
+    FakeApp.toolPageResult = CALPAGE_PAGEINVALID;
+    EXPECT_EQ(Ask({0xEB, 0x03, 0, 1}), Error(0x26));
+    FakeApp.toolPageResult = CALPAGE_SEGINVALID;
+    EXPECT_EQ(Ask({0xEB, 0x02, 0, 1}), Error(0x28));
+    FakeApp.toolPageResult = CALPAGE_OK;
+    EXPECT_EQ(Ask({0xEB, 0x02, 1, 7}), OK);
+    EXPECT_EQ(Ask({0xEB, 0x02, 200, 5}), OK) << "an accepted segment that does not exist changes none";
+    EXPECT_EQ(Ask({0xEA, 2, 0}), (BYTES_T{0xFF, 0, 0, 0}));
+    EXPECT_EQ(Ask({0xEA, 2, 1}), (BYTES_T{0xFF, 0, 0, 7}));
+    EXPECT_EQ(Ask({0xEB, 0x83, 0, 3}), OK);
+    EXPECT_EQ(Ask({0xEA, 2, 0}), (BYTES_T{0xFF, 0, 0, 3})) << "all segments";
+    FakeApp.ecuPage = 9;
+    EXPECT_EQ(Ask({0xEA, 1, 1}), (BYTES_T{0xFF, 0, 0, 9}));
+    EXPECT_EQ(Ask({0xEA, 3, 1}), Error(0x27));
+    EXPECT_EQ(Ask({0xEA, 1, 2}), Error(0x28));
+
+    EXPECT_EQ(Ask({0xE6, 1, 2}), Error(0x22));
+    EXPECT_EQ(Ask({0xE5, 0, 2}), Error(0x22));
+    Xcp0_SegStates[1].mode = XCP_SEGMODE_FREEZE_PENDING;
+    EXPECT_EQ(Ask({0xE6, 0xFF, 1}), OK);
+    EXPECT_EQ(Xcp0_SegStates[1].mode, XCP_SEGMODE_FREEZE) << "the low bit alone; a pending freeze is over";
+    EXPECT_EQ(Ask({0xE5, 0, 1}), (BYTES_T{0xFF, 0, 1}));
+
+    const std::pair<Xcp_CalMemState, BYTES_T> copies[] = {
+        {CALMEM_FINISHED, OK},
+        {CALMEM_REJECTED, Error(0x10)},
+        {CALMEM_PAGENOTVALID, Error(0x26)},
+        {CALMEM_SEGNOTVALID, Error(0x28)},
+        {CALMEM_REQUESTNOTVALID, Error(0x23)},
+        {CALMEM_OUTOFRAM, Error(0x23)},
+    };
+    for (const auto& [result, answer] : copies) {
+        FakeApp.pageCopyResult = result;
+        EXPECT_EQ(Ask({0xE4, 0, 0, 1, 0}), answer) << (int)result;
+    }
+    FakeApp.pageCopyResult = CALMEM_FINISHED;
+    FakeApp.busyPasses = 1;
+    EXPECT_TRUE(Send({0xE4, 0, 0, 1, 0}).empty());
+    FakeApp.sent.clear();
+    Xcp_CmdProcessor();
+    ASSERT_EQ(FakeApp.sent.size(), 1u);
+    EXPECT_EQ(FakeApp.sent[0].data, OK);
 }
 
 // ---- A stored DAQ setup --------------------------------------------------------------

@@ -1,5 +1,6 @@
 // The dash's XCP slave: its address map over the real records, commands through the
-// receive tables and out through the message set, and a storm of random frames.
+// receive tables and out through the message set, a setting written by a tool, and
+// storms of random frames, locked and unlocked.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -8,7 +9,9 @@
 
 #include "can_fixture.h"
 #include "can_ports.h"
+#include "SeednKey.h"
 #include "data.h"
+#include "settings.h"
 #include "test_root.h"
 #include "xcp_core.h"
 #include "xcp_map.h"
@@ -105,6 +108,39 @@ TEST(XcpAddressMap, NothingOutsideTheSpaceIsRead)
     for (uint8_t v : all) expected += v;
     EXPECT_EQ(XcpApp_CalMemGetChecksum(0, EEEnd, &type, &sum), CALMEM_FINISHED);
     EXPECT_EQ(sum, expected & 0xFF);
+}
+
+TEST(XcpAddressMap, WritesReachTheLiveRecordsFrom277To975AndNoByteWithoutAnAddress)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    EEVariables_RAMShadow = EEVariables_DEFAULT;
+    const EEVariables_T before = EEVariables_RAMShadow;
+    const uint8_t b[7] = {1, 2, 3, 4, 5, 6, 7};
+    EXPECT_EQ(XcpApp_CalMemWrite(276, 1, b), CALMEM_REQUESTNOTVALID) << "the last constant";
+    EXPECT_EQ(XcpApp_CalMemWrite(271, 7, b), CALMEM_REQUESTNOTVALID) << "from the constants on";
+    EXPECT_EQ(XcpApp_CalMemWrite(970, 7, b), CALMEM_REQUESTNOTVALID) << "past the end";
+    EXPECT_EQ(XcpApp_CalMemWrite(976, 0, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(XcpApp_CalMemWrite(0xFFFFFFFFu, 2, b), CALMEM_REQUESTNOTVALID);
+    EXPECT_EQ(memcmp(&before, &EEVariables_RAMShadow, sizeof(before)), 0) << "a refused transfer writes nothing";
+
+    EXPECT_EQ(XcpApp_CalMemWrite(277, 2, b), CALMEM_FINISHED);
+    EXPECT_EQ(RAMEditVariables.Abc, 0x0201);
+    EXPECT_EQ(RAMEditVariables.INIT_RAM_Variables, 55) << "has no address";
+    EXPECT_EQ(XcpApp_CalMemWrite(969, 7, b), CALMEM_FINISHED);
+    EXPECT_EQ(Read(970, 6), (PACKET_T{2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(EEVariables_RAMShadow.BoostControl, 3);
+    EXPECT_EQ(EEVariables_RAMShadow.EEPROM_State, 7);
+    // From the live values into the settings, past the record's head, which has no address.
+    EXPECT_EQ(XcpApp_CalMemWrite(586, 7, b), CALMEM_FINISHED);
+    EXPECT_EQ(RAMVariables.START_SCREEN, 3);
+    EXPECT_EQ(EEVariables_RAMShadow.LogNumber, 0x07060504u);
+    EXPECT_EQ(EEVariables_RAMShadow.uiCRC, before.uiCRC);
+    EXPECT_EQ(EEVariables_RAMShadow.ulEECounter, before.ulEECounter);
+    EXPECT_EQ(EEVariables_RAMShadow.EE_UniqID, before.EE_UniqID);
+    // Across the settings' padding byte, which has no address either.
+    EXPECT_EQ(XcpApp_CalMemWrite(607, 4, b), CALMEM_FINISHED);
+    EXPECT_EQ(EEVariables_RAMShadow.Padding, before.Padding);
+    EXPECT_EQ(EEVariables_RAMShadow.PROFILE_1[0][0], 0x04);
 }
 
 // ---- On the dash's CAN port -------------------------------------------------------------
@@ -204,13 +240,50 @@ TEST_F(XcpOnTheDash, AMasterThatVanishesMidUploadLeavesNoStuckSession)
     EXPECT_EQ(Command({0xFF, 0x00}).size(), 1u) << "a new master is answered at once";
 }
 
+// The key a master computes for the seed in a GET_SEED response.
+PACKET_T KeyFor(uint8_t resource, const PACKET_T& seedResponse)
+{
+    const U32 key = XcpKeyHash(XcpResourceSecret(resource), &seedResponse[2], 6, resource);
+    return {(uint8_t)(key >> 24), (uint8_t)(key >> 16), (uint8_t)(key >> 8), (uint8_t)key};
+}
+
+TEST_F(XcpOnTheDash, ASettingWrittenByAToolIsStoredWithinTheSecond)
+{
+    EEVariables_RAMShadow = EEVariables_DEFAULT;
+    App_EE_Store();
+    const uint32_t stores = EEVariables_RAMShadow.ulEECounter;
+    ASSERT_EQ(Command({0xFF, 0x00}).size(), 1u);
+    ASSERT_EQ(Command({0xF6, 0, 0, 0, 0xCB, 0x03, 0, 0}), (std::vector<PACKET_T>{{0xFF}})) << "MTA 971";
+    EXPECT_EQ(Command({0xF0, 1, 3}), (std::vector<PACKET_T>{{0xFE, 0x25}})) << "locked";
+
+    const std::vector<PACKET_T> seed = Command({0xF8, 0, 0x01});
+    ASSERT_EQ(seed.size(), 1u);
+    ASSERT_EQ(seed[0].size(), 8u);
+    const PACKET_T key = KeyFor(0x01, seed[0]);
+    EXPECT_EQ(Command({0xF7, 4, key[0], key[1], key[2], key[3]}), (std::vector<PACKET_T>{{0xFF, 0x1C}}));
+    EXPECT_EQ(Command({0xF0, 1, 3}), (std::vector<PACKET_T>{{0xFF}}));
+    EXPECT_EQ(EEVariables_RAMShadow.BoostControl, 3);
+    App_EE_Store();
+    EXPECT_EQ(EEVariables_RAMShadow.ulEECounter, stores + 1) << "the 1 s task stored the change";
+
+    // The constants stay as they are, and the dash offers no page switching.
+    EXPECT_EQ(Command({0xF6, 0, 0, 0, 120, 0, 0, 0}).size(), 1u);
+    EXPECT_EQ(Command({0xF0, 2, 0, 0}), (std::vector<PACKET_T>{{0xFE, 0x24}}));
+    EXPECT_EQ(Command({0xED, 1, 0, 0, 0xCB, 3, 0, 0}), (std::vector<PACKET_T>{{0xFE, 0x20}})) << "SHORT_DOWNLOAD";
+    EXPECT_EQ(Command({0xEB, 3, 0, 0}), (std::vector<PACKET_T>{{0xFE, 0x27}})) << "SET_CAL_PAGE";
+    EXPECT_EQ(Command({0xE4, 0, 0, 1, 0}), (std::vector<PACKET_T>{{0xFE, 0x23}})) << "COPY_CAL_PAGE";
+    EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
+}
+
 // ---- Random frames ------------------------------------------------------------------------
 
 // Commands chosen to reach every handler, with lengths and fields anywhere, addresses
 // mostly near and beyond the ends of the address space.
 PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
 {
-    static constexpr uint8_t PIDS[] = {0xFF, 0xFE, 0xFD, 0xFC, 0xFB, 0xFA, 0xF9, 0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF2};
+    static constexpr uint8_t PIDS[] = {0xFF, 0xFE, 0xFD, 0xFC, 0xFB, 0xFA, 0xF9, 0xF8, 0xF8, 0xF7, 0xF6,
+                                       0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF2, 0xF0, 0xF0, 0xEF, 0xEF, 0xEE,
+                                       0xED, 0xEC, 0xEB, 0xEA, 0xE9, 0xE6, 0xE5, 0xE4};
     std::uniform_int_distribution<int> byte(0, 255);
     const int kind = byte(rng);
     *id = kind < 16 ? 0x100 : kind < 24 ? (uint32_t)byte(rng) << 3 : 0x200;
@@ -228,15 +301,13 @@ PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
     return f;
 }
 
-TEST_F(XcpOnTheDash, RandomFramesNeitherCrashNorStickNorWrite)
+// Random frames through port 1's receive table, a foreground pass after every third;
+// with `unlocked` the calibration resource is open whenever a master is connected. The
+// number of answers.
+size_t _storm(std::mt19937& rng, int frames, bool unlocked)
 {
-    initRAMEditVariables(&RAMEditVariables);
-    const RAMVariables_T ram = RAMVariables;
-    const EEVariables_T ee = EEVariables_RAMShadow;
-    const RAMEditVariables_T edit = RAMEditVariables;
-    std::mt19937 rng(19);
     size_t answers = 0;
-    for (int i = 0; i < 300000; i++) {
+    for (int i = 0; i < frames; i++) {
         uint32_t id;
         const PACKET_T f = _randomFrame(rng, &id);
         m_sent.clear();
@@ -244,17 +315,28 @@ TEST_F(XcpOnTheDash, RandomFramesNeitherCrashNorStickNorWrite)
         m.id = id;
         m.msg_length = (uint8_t)f.size();
         if (!f.empty()) memcpy(m.msg_content, f.data(), f.size() < 8 ? f.size() : 8);
+        if (unlocked) Xcp_Sessions[0].ctResourceProtection &= (U8)~XCP_RESOURCE_CAL_PAG;
         rxTable_285279__0022(CAN_PORT1, &m);
         if (i % 3 == 0) Timed_Trigger_XCP();
         for (const CAN_MSG_T& s : m_sent) {
-            ASSERT_EQ(s.id, 0x300u);
-            ASSERT_GE(s.msg_length, 1);
-            ASSERT_LE(s.msg_length, 8);
-            ASSERT_GE(s.msg_content[0], 0xFD) << "a response, an error or an event";
+            EXPECT_EQ(s.id, 0x300u);
+            EXPECT_GE(s.msg_length, 1);
+            EXPECT_LE(s.msg_length, 8);
+            EXPECT_GE(s.msg_content[0], 0xFD) << "a response, an error or an event";
         }
         answers += m_sent.size();
     }
-    EXPECT_GT(answers, 50000u) << "the storm reached the handlers";
+    return answers;
+}
+
+TEST_F(XcpOnTheDash, RandomFramesNeitherCrashNorStickNorWrite)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    const RAMVariables_T ram = RAMVariables;
+    const EEVariables_T ee = EEVariables_RAMShadow;
+    const RAMEditVariables_T edit = RAMEditVariables;
+    std::mt19937 rng(19);
+    EXPECT_GT(_storm(rng, 300000, false), 50000u) << "the storm reached the handlers";
     EXPECT_EQ(memcmp(&ram, &RAMVariables, sizeof(ram)), 0);
     EXPECT_EQ(memcmp(&ee, &EEVariables_RAMShadow, sizeof(ee)), 0);
     EXPECT_EQ(memcmp(&edit, &RAMEditVariables, sizeof(edit)), 0);
@@ -267,6 +349,23 @@ TEST_F(XcpOnTheDash, RandomFramesNeitherCrashNorStickNorWrite)
     EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
     EXPECT_EQ(Command({0xFF, 0x00}).size(), 1u);
     EXPECT_EQ(Command({0xFD}), (std::vector<PACKET_T>{{0xFF, 0x00, 0x1D, 0x00, 0x00, 0x00}}));
+}
+
+TEST_F(XcpOnTheDash, RandomWritesStayInsideTheMappedFields)
+{
+    initRAMEditVariables(&RAMEditVariables);
+    EEVariables_RAMShadow = EEVariables_DEFAULT;
+    const RAMVariables_T ram = RAMVariables;
+    std::mt19937 rng(20);
+    EXPECT_GT(_storm(rng, 100000, true), 20000u);
+    EXPECT_NE(memcmp(&EEVariables_RAMShadow, &EEVariables_DEFAULT, sizeof(EEVariables_T)), 0) << "writes happened";
+    EXPECT_EQ(EEVariables_RAMShadow.uiCRC, EEVariables_DEFAULT.uiCRC);
+    EXPECT_EQ(EEVariables_RAMShadow.ulEECounter, EEVariables_DEFAULT.ulEECounter);
+    EXPECT_EQ(EEVariables_RAMShadow.EE_UniqID, EEVariables_DEFAULT.EE_UniqID);
+    EXPECT_EQ(EEVariables_RAMShadow.Padding, EEVariables_DEFAULT.Padding);
+    EXPECT_EQ(RAMEditVariables.INIT_RAM_Variables, 55);
+    RAMVariables = ram;
+    EEVariables_RAMShadow = EEVariables_DEFAULT;
 }
 
 }  // namespace

@@ -29,6 +29,9 @@ void FakeAppReset(void)
     FakeApp.nvKept = false;
     memset(FakeApp.nv, 0, sizeof(FakeApp.nv));
     FakeApp.freezeResult = CALMEM_REQUESTNOTVALID;
+    FakeApp.pageCopyResult = CALMEM_REQUESTNOTVALID;
+    FakeApp.ecuPageResult = FakeApp.toolPageResult = CALPAGE_REQUESTINVALID;
+    FakeApp.ecuPage = 0;
     FakeApp.timestamp = 0;
     FakeApp.connects = FakeApp.userConnects = FakeApp.disconnects = 0;
 }
@@ -132,4 +135,52 @@ Xcp_CalMemState XcpApp_CalMemGetChecksum(Xcp_Addr_t address, U32 numBytes, U8* c
     *checksumType = XCP_CHECKSUM_TYPE_ADD_11;
     *checksum = sum;
     return _result();
+}
+
+Xcp_CalMemState XcpApp_CalMemWrite(Xcp_Addr_t mta, U32 numBytes, const U8* source)
+{
+    if (mta >= sizeof(FakeApp.memory) || numBytes > sizeof(FakeApp.memory) - mta) return CALMEM_REQUESTNOTVALID;
+    memcpy(FakeApp.memory + mta, source, numBytes);
+    return _result();
+}
+
+// Slow as the memory is, and then with the result asked for.
+static Xcp_CalMemState _pageRequest(void)
+{
+    return _result() == CALMEM_BUSY ? CALMEM_BUSY : FakeApp.pageCopyResult;
+}
+
+Xcp_CalMemState XcpApp_CalMemModifyBits(Xcp_Addr_t, U8, U16, U16)
+{
+    return _pageRequest();
+}
+
+Xcp_CalMemState XcpApp_CalPageCopy(U8, U8, U8, U8)
+{
+    return _pageRequest();
+}
+
+Xcp_CalPageErr XcpApp_SetEcuCalPage(U8, U8)
+{
+    return FakeApp.ecuPageResult;
+}
+
+Xcp_CalPageErr XcpApp_SetEcuCalPageAllSegs(U8)
+{
+    return FakeApp.ecuPageResult;
+}
+
+Xcp_CalPageErr XcpApp_SetToolCalPage(U8, U8)
+{
+    return FakeApp.toolPageResult;
+}
+
+Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8)
+{
+    return FakeApp.toolPageResult;
+}
+
+U8 XcpApp_GetEcuCalPage(U8)
+{
+    return FakeApp.ecuPage;
 }

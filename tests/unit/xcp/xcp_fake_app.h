@@ -22,6 +22,9 @@ struct FAKE_APP_T {
     bool nvKept;                          // the resume store keeps what is written
     uint8_t nv[2048];
     Xcp_CalMemState freezeResult;
+    Xcp_CalMemState pageCopyResult;       // COPY_CAL_PAGE and MODIFY_BITS
+    Xcp_CalPageErr ecuPageResult, toolPageResult;
+    uint8_t ecuPage;
     uint32_t timestamp;
     int connects, userConnects, disconnects;
 };
