@@ -11,6 +11,7 @@
 #include "menus.h"
 #include "mmi.h"
 #include "navigation.h"
+#include "key_lines.h"
 #include "test_root.h"
 #include "timer_drv.h"
 
@@ -20,10 +21,7 @@ class AppMenus : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        for (int line : {68, 69, 71, 99, 70}) {
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/value", "1\n");
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/direction", "in\n");
-        }
+        WriteKeyLinesUp(root);
         timer_init(20);
         MMIInit(10, 10, 10);
         ButtonBarInit();

@@ -9,6 +9,7 @@
 #include "keypad_drv.h"
 #include "layer_merger.h"
 #include "mmi.h"
+#include "key_lines.h"
 #include "test_root.h"
 #include "timer_drv.h"
 
@@ -27,10 +28,7 @@ protected:
     {
         ResetDisplay();
         root.Write("sys/class/leds/buzzer-pwm/brightness", "0\n");
-        for (int line : {68, 69, 71, 99, 70}) {
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/value", "1\n");
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/direction", "in\n");
-        }
+        WriteKeyLinesUp(root);
         timer_init(20);
         MMIInit(10, 10, 10);
         ButtonBarInit();

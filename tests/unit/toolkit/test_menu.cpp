@@ -10,6 +10,7 @@
 #include "menu.h"
 #include "mmi.h"
 #include "picture_check.h"
+#include "key_lines.h"
 #include "test_root.h"
 #include "timer_drv.h"
 #include "ttfonts.h"
@@ -53,10 +54,7 @@ protected:
     {
         ResetDisplay();
         ASSERT_EQ(FTFInit(gpaFreetypeFontData, 6), 0);
-        for (int line : {68, 69, 71, 99, 70}) {
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/value", "1\n");
-            root.Write("sys/class/gpio/gpio" + std::to_string(line) + "/direction", "in\n");
-        }
+        WriteKeyLinesUp(root);
         timer_init(20);
         MMIInit(10, 10, 10);
         ButtonBarInit();
