@@ -3,7 +3,9 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstdio>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/sendfile.h>
@@ -71,6 +73,25 @@ bool _readHead(int fd, std::string* buffer, std::string* head, const std::atomic
         if (n <= 0) return false;
         buffer->append(chunk, (size_t)n);
     }
+}
+
+// The connections still being served. The server waits for them before it returns, so
+// that nothing a handler reads is torn down under it at the program's exit.
+struct CONNECTIONS_T {
+    std::mutex lock;
+    std::condition_variable ended;
+    int open = 0;
+};
+CONNECTIONS_T m_connections;
+
+void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop);
+
+void _serveAndCount(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop)
+{
+    _serveConnection(fd, handler, ctx, stop);
+    std::lock_guard<std::mutex> guard(m_connections.lock);
+    m_connections.open--;
+    m_connections.ended.notify_all();
 }
 
 void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop)
@@ -160,6 +181,13 @@ void http_serve(int listenFd, HTTP_HANDLER_T handler, void* ctx, const std::atom
         if (poll(&p, 1, 250) <= 0) continue;
         const int fd = accept4(listenFd, nullptr, nullptr, SOCK_CLOEXEC);
         if (fd < 0) continue;
-        std::thread(_serveConnection, fd, handler, ctx, stop).detach();
+        {
+            std::lock_guard<std::mutex> guard(m_connections.lock);
+            m_connections.open++;
+        }
+        std::thread(_serveAndCount, fd, handler, ctx, stop).detach();
     }
+    // Each connection sees the stop within half a second of waiting for a request.
+    std::unique_lock<std::mutex> guard(m_connections.lock);
+    m_connections.ended.wait_for(guard, std::chrono::seconds(5), [] { return m_connections.open == 0; });
 }

@@ -27,5 +27,6 @@ typedef void (*HTTP_HANDLER_T)(const HTTP_REQUEST_T& request, HTTP_RESPONSE_T* r
 
 // A listening socket on 127.0.0.1:port, or -1 with the reason in *error.
 int http_listen(uint16_t port, std::string* error);
-// Serves connections (each on a thread of its own, with keep-alive) until *stop.
+// Serves connections (each on a thread of its own, with keep-alive) until *stop, then
+// waits up to 5 s for the open ones to end.
 void http_serve(int listenFd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop);
