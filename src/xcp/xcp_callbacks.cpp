@@ -27,9 +27,10 @@ Xcp_Addr_t XcpApp_ConvertAddress(U32 address, U8)
     return address;
 }
 
-BOOL XcpApp_IsRegionMeasurable(U32, U8, U32)
+// A DAQ entry is checked once, when it is written: it must lie in the address space.
+BOOL XcpApp_IsRegionMeasurable(U32 address, U8, U32 numBytes)
 {
-    return TRUE;
+    return address < EEEnd && numBytes <= EEEnd - address;
 }
 
 void XcpApp_OnNormalCxn(U32)
@@ -99,4 +100,34 @@ Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8)
 U8 XcpApp_GetEcuCalPage(U8)
 {
     return 0;
+}
+
+Xcp_ProgramState XcpApp_ProgramStart(Xcp_Addr_t)
+{
+    return PROGRAM_INVALIDSTATE;
+}
+
+Xcp_ProgramState XcpApp_ProgramClear(Xcp_Addr_t, U32)
+{
+    return PROGRAM_INVALIDSTATE;
+}
+
+Xcp_ProgramState XcpApp_Program(Xcp_Addr_t, U8, const U8*)
+{
+    return PROGRAM_INVALIDSTATE;
+}
+
+Xcp_ProgramState XcpApp_ProgramReset(void)
+{
+    return PROGRAM_INVALIDSTATE;
+}
+
+Xcp_ProgramState XcpApp_ProgramGetRequestState(void)
+{
+    return PROGRAM_INVALIDSTATE;
+}
+
+Xcp_ProgramState XcpApp_ProgramPrepare(Xcp_Addr_t, U16)
+{
+    return PROGRAM_INVALIDSTATE;
 }

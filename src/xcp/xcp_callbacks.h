@@ -40,3 +40,12 @@ Xcp_CalPageErr XcpApp_SetEcuCalPageAllSegs(U8 page);
 Xcp_CalPageErr XcpApp_SetToolCalPage(U8 segment, U8 page);
 Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8 page);
 U8 XcpApp_GetEcuCalPage(U8 segment);
+
+// Flash programming: the dash's software is not updated over XCP, so every request
+// answers PROGRAM_INVALIDSTATE.
+Xcp_ProgramState XcpApp_ProgramStart(Xcp_Addr_t mta);
+Xcp_ProgramState XcpApp_ProgramClear(Xcp_Addr_t mta, U32 length);
+Xcp_ProgramState XcpApp_Program(Xcp_Addr_t mta, U8 numBytes, const U8* bytes);
+Xcp_ProgramState XcpApp_ProgramReset(void);
+Xcp_ProgramState XcpApp_ProgramGetRequestState(void);
+Xcp_ProgramState XcpApp_ProgramPrepare(Xcp_Addr_t mta, U16 codeSize);

@@ -4,6 +4,7 @@
 
 #include "SeednKey.h"
 #include "xcp_callbacks.h"
+#include "xcp_cmdflash.h"
 #include "xcp_cmdseednkey.h"
 
 constexpr Xcp_SessionCfg_t Xcp_SessionConfigs[XCP_NUM_SESSIONS] = {{
@@ -90,33 +91,33 @@ constexpr Xcp_CmdHandler_t Xcp_CmdList[XCP_NUM_CMDS] = {
     Xcp_CmdSetSegmentMode,   // 0xE6 SET_SEGMENT_MODE
     Xcp_CmdGetSegmentMode,   // 0xE5 GET_SEGMENT_MODE
     Xcp_CmdCopyCalPage,      // 0xE4 COPY_CAL_PAGE
-    Xcp_CmdUnknown,          // 0xE3 CLEAR_DAQ_LIST
-    Xcp_CmdUnknown,          // 0xE2 SET_DAQ_PTR
-    Xcp_CmdUnknown,          // 0xE1 WRITE_DAQ
-    Xcp_CmdUnknown,          // 0xE0 SET_DAQ_LIST_MODE
-    Xcp_CmdUnknown,          // 0xDF GET_DAQ_LIST_MODE
-    Xcp_CmdUnknown,          // 0xDE START_STOP_DAQ_LIST
-    Xcp_CmdUnknown,          // 0xDD START_STOP_SYNCH
-    Xcp_CmdUnknown,          // 0xDC GET_DAQ_CLOCK
+    Xcp_CmdClearDaqList,     // 0xE3 CLEAR_DAQ_LIST
+    Xcp_CmdSetDaqPtr,        // 0xE2 SET_DAQ_PTR
+    Xcp_CmdWriteDaq,         // 0xE1 WRITE_DAQ
+    Xcp_CmdSetDaqListMode,   // 0xE0 SET_DAQ_LIST_MODE
+    Xcp_CmdGetDaqListMode,   // 0xDF GET_DAQ_LIST_MODE
+    Xcp_CmdStartStopDaqList, // 0xDE START_STOP_DAQ_LIST
+    Xcp_CmdStartStopSynch,   // 0xDD START_STOP_SYNCH
+    Xcp_CmdGetDaqClock,      // 0xDC GET_DAQ_CLOCK
     Xcp_CmdUnknown,          // 0xDB READ_DAQ
-    Xcp_CmdUnknown,          // 0xDA GET_DAQ_PROCESSOR_INFO
-    Xcp_CmdUnknown,          // 0xD9 GET_DAQ_RESOLUTION_INFO
-    Xcp_CmdUnknown,          // 0xD8 GET_DAQ_LIST_INFO
+    Xcp_CmdGetDaqProcessorInfo,   // 0xDA GET_DAQ_PROCESSOR_INFO
+    Xcp_CmdGetDaqResolutionInfo,  // 0xD9 GET_DAQ_RESOLUTION_INFO
+    Xcp_CmdGetDaqListInfo,   // 0xD8 GET_DAQ_LIST_INFO
     Xcp_CmdUnknown,          // 0xD7 GET_DAQ_EVENT_INFO
-    Xcp_CmdUnknown,          // 0xD6 FREE_DAQ
-    Xcp_CmdUnknown,          // 0xD5 ALLOC_DAQ
-    Xcp_CmdUnknown,          // 0xD4 ALLOC_ODT
-    Xcp_CmdUnknown,          // 0xD3 ALLOC_ODT_ENTRY
-    Xcp_CmdUnknown,          // 0xD2 PROGRAM_START
-    Xcp_CmdUnknown,          // 0xD1 PROGRAM_CLEAR
-    Xcp_CmdUnknown,          // 0xD0 PROGRAM
-    Xcp_CmdUnknown,          // 0xCF PROGRAM_RESET
+    Xcp_CmdFreeDaq,          // 0xD6 FREE_DAQ
+    Xcp_CmdAllocDaq,         // 0xD5 ALLOC_DAQ
+    Xcp_CmdAllocOdt,         // 0xD4 ALLOC_ODT
+    Xcp_CmdAllocOdtEntry,    // 0xD3 ALLOC_ODT_ENTRY
+    Xcp_CmdProgramStart,     // 0xD2 PROGRAM_START
+    Xcp_CmdProgramClear,     // 0xD1 PROGRAM_CLEAR
+    Xcp_CmdProgram,          // 0xD0 PROGRAM
+    Xcp_CmdProgramReset,     // 0xCF PROGRAM_RESET
     Xcp_CmdUnknown,          // 0xCE GET_PGM_PROCESSOR_INFO
     Xcp_CmdUnknown,          // 0xCD GET_SECTOR_INFO
-    Xcp_CmdUnknown,          // 0xCC PROGRAM_PREPARE
-    Xcp_CmdUnknown,          // 0xCB PROGRAM_FORMAT
-    Xcp_CmdUnknown,          // 0xCA PROGRAM_NEXT
-    Xcp_CmdUnknown,          // 0xC9 PROGRAM_MAX
+    Xcp_CmdProgramPrepare,   // 0xCC PROGRAM_PREPARE
+    Xcp_CmdProgramFormat,    // 0xCB PROGRAM_FORMAT
+    Xcp_CmdProgramNext,      // 0xCA PROGRAM_NEXT
+    Xcp_CmdProgramMax,       // 0xC9 PROGRAM_MAX
     Xcp_CmdUnknown,          // 0xC8 PROGRAM_VERIFY
 };
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_CONNECT] == Xcp_CmdConnect);
@@ -124,6 +125,8 @@ static_assert(Xcp_CmdList[0xFF - XCP_CMD_TRANSPORT_LAYER_CMD] == Xcp_CmdTranspor
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_BUILD_CHECKSUM] == Xcp_CmdBuildChecksum);
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_UNLOCK] == Xcp_CmdUnlock);
 static_assert(Xcp_CmdList[0xFF - XCP_CMD_COPY_CAL_PAGE] == Xcp_CmdCopyCalPage);
+static_assert(Xcp_CmdList[0xFF - XCP_CMD_ALLOC_ODT_ENTRY] == Xcp_CmdAllocOdtEntry);
+static_assert(Xcp_CmdList[0xFF - XCP_CMD_PROGRAM_MAX] == Xcp_CmdProgramMax);
 
 namespace {
 

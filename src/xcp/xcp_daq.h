@@ -83,9 +83,42 @@ void Xcp_ResetDaqList(U32 sessionId, U32 daqListId);
 U32 Xcp_Event(U32 eventId, U32 doStim);
 // Samples one list into frames on its channel.
 U32 Xcp_DaqProcessor(U32 daqListId, U32 sessionId, const Xcp_SessionCfg_t* pSessionCfg);
+// Applies one set of a STIM list's received frames, once all of them are in.
+U32 Xcp_StimProcessor(U32 daqListId, U32 sessionId, const Xcp_SessionCfg_t* pSessionCfg);
 // Writes the timestamp, lowest byte first, in as many bytes as the session's
 // timestamps have; returns that number.
 U32 Xcp_GetTimestamp(const Xcp_SessionCfg_t* pSessionCfg, U8* dest);
 
 #define Xcp_DoDaqForEvent(eventId) Xcp_Event((eventId), 0)
 #define Xcp_DoStimForEvent(eventId) Xcp_Event((eventId), 1)
+
+// The commands that build, start and describe the lists; all need DAQ unlocked.
+U32 Xcp_CmdClearDaqList(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                        U32* pTxPacketSize);
+U32 Xcp_CmdSetDaqPtr(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                     U32* pTxPacketSize);
+U32 Xcp_CmdWriteDaq(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                    U32* pTxPacketSize);
+U32 Xcp_CmdSetDaqListMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdGetDaqListMode(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdStartStopDaqList(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                            U32* pTxPacketSize);
+U32 Xcp_CmdStartStopSynch(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdGetDaqClock(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                       U32* pTxPacketSize);
+U32 Xcp_CmdGetDaqProcessorInfo(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                               U32* pTxPacketSize);
+U32 Xcp_CmdGetDaqResolutionInfo(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                                U32* pTxPacketSize);
+U32 Xcp_CmdGetDaqListInfo(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                          U32* pTxPacketSize);
+U32 Xcp_CmdFreeDaq(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd, U32* pTxPacketSize);
+U32 Xcp_CmdAllocDaq(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                    U32* pTxPacketSize);
+U32 Xcp_CmdAllocOdt(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                    U32* pTxPacketSize);
+U32 Xcp_CmdAllocOdtEntry(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,
+                         U32* pTxPacketSize);

@@ -424,6 +424,139 @@ struct XCP_PACKED Xcp_ResumeEvent_t {
 static_assert(sizeof(Xcp_ResumeEvent_t) == 8);
 static_assert(offsetof(Xcp_ResumeEvent_t, timestamp) == 4);
 
+// ---- DAQ ------------------------------------------------------------------------------
+
+// ALLOC_DAQ, FREE_DAQ's neighbours and every command that names only a list.
+struct XCP_PACKED Xcp_DaqListCmd_t {
+    U8 pid;
+    U8 mode;  // START_STOP_DAQ_LIST only
+    U16 daqListId;
+};
+static_assert(sizeof(Xcp_DaqListCmd_t) == 4);
+static_assert(offsetof(Xcp_DaqListCmd_t, daqListId) == 2);
+
+// ALLOC_ODT (count in odtId's place), ALLOC_ODT_ENTRY and SET_DAQ_PTR.
+struct XCP_PACKED Xcp_DaqPtrCmd_t {
+    U8 pid;
+    U8 reserved;
+    U16 daqListId;
+    U8 odtId;
+    U8 odtEntryId;
+};
+static_assert(sizeof(Xcp_DaqPtrCmd_t) == 6);
+static_assert(offsetof(Xcp_DaqPtrCmd_t, odtId) == 4);
+
+struct XCP_PACKED Xcp_WriteDaqCmd_t {
+    U8 pid;
+    U8 bitOffset;  // 0xFF for a byte entry
+    U8 size;
+    U8 addressExtension;
+    U32 address;
+};
+static_assert(sizeof(Xcp_WriteDaqCmd_t) == 8);
+static_assert(offsetof(Xcp_WriteDaqCmd_t, address) == 4);
+
+struct XCP_PACKED Xcp_SetDaqListModeCmd_t {
+    U8 pid;
+    U8 mode;
+    U16 daqListId;
+    U16 eventChannel;
+    U8 prescaler;
+    U8 priority;
+};
+static_assert(sizeof(Xcp_SetDaqListModeCmd_t) == 8);
+static_assert(offsetof(Xcp_SetDaqListModeCmd_t, eventChannel) == 4);
+
+struct XCP_PACKED Xcp_GetDaqListModeResp_t {
+    U8 pid;
+    U8 mode;
+    U16 reserved;
+    U16 eventChannel;
+    U8 prescaler;
+    U8 priority;
+};
+static_assert(sizeof(Xcp_GetDaqListModeResp_t) == 8);
+
+struct XCP_PACKED Xcp_StartStopDaqListResp_t {
+    U8 pid;
+    U8 firstPid;
+};
+static_assert(sizeof(Xcp_StartStopDaqListResp_t) == 2);
+
+struct XCP_PACKED Xcp_GetDaqClockResp_t {
+    U8 pid;
+    U8 reserved[3];
+    U8 timestamp[4];
+};
+static_assert(sizeof(Xcp_GetDaqClockResp_t) == 8);
+
+struct XCP_PACKED Xcp_GetDaqProcessorInfoResp_t {
+    U8 pid;
+    U8 properties;
+    U16 maxDaq;
+    U16 maxEventChannel;
+    U8 minDaq;
+    U8 daqKeyByte;
+};
+static_assert(sizeof(Xcp_GetDaqProcessorInfoResp_t) == 8);
+
+struct XCP_PACKED Xcp_GetDaqResolutionInfoResp_t {
+    U8 pid;
+    U8 granularityDaq;
+    U8 maxEntrySizeDaq;
+    U8 granularityStim;
+    U8 maxEntrySizeStim;
+    U8 timestampMode;
+    U16 timestampTicks;
+};
+static_assert(sizeof(Xcp_GetDaqResolutionInfoResp_t) == 8);
+
+struct XCP_PACKED Xcp_GetDaqListInfoResp_t {
+    U8 pid;
+    U8 properties;
+    U8 maxOdt;
+    U8 maxOdtEntries;
+    U16 fixedEvent;
+};
+static_assert(sizeof(Xcp_GetDaqListInfoResp_t) == 6);
+
+// ---- Programming ------------------------------------------------------------------
+
+// The result of a programming callback.
+enum Xcp_ProgramState : U8 {
+    PROGRAM_FINISHED = 0,
+    PROGRAM_BUSY = 1,
+    PROGRAM_REJECTED = 2,
+    PROGRAM_BADADDRESS = 3,
+    PROGRAM_INVALIDSTATE = 4,
+};
+
+struct XCP_PACKED Xcp_ProgramStartResp_t {
+    U8 pid;
+    U8 reserved;
+    U8 commModePgm;
+    U8 maxCtoPgm;
+    U8 maxBsPgm;
+    U8 minStPgm;
+    U8 queueSizePgm;
+};
+static_assert(sizeof(Xcp_ProgramStartResp_t) == 7);
+
+struct XCP_PACKED Xcp_ProgramClearCmd_t {
+    U8 pid;
+    U8 mode;
+    U16 reserved;
+    U32 clearRange;
+};
+static_assert(sizeof(Xcp_ProgramClearCmd_t) == 8);
+
+struct XCP_PACKED Xcp_ProgramPrepareCmd_t {
+    U8 pid;
+    U8 reserved;
+    U16 codeSize;
+};
+static_assert(sizeof(Xcp_ProgramPrepareCmd_t) == 4);
+
 // Packs a layout into the start of a packet.
 template <typename T>
 inline void Xcp_PutPacket(Xcp_Packet_t* packet, const T& layout, U32* size)

@@ -14,6 +14,7 @@
 #include "SeednKey.h"
 #include "dash_harness.h"
 #include "data.h"
+#include "xcp_map.h"
 #include "xcp_master.h"
 
 namespace {
@@ -366,3 +367,154 @@ TEST_F(XcpOnBus, AMasterThatVanishesMidUploadLeavesTheSessionUsable)
 }
 
 }  // namespace
+
+namespace {
+
+// DAQ frames of list 0 for `ms`: PID and the dash's time stamp of every ODT 0.
+std::vector<uint32_t> SampleTimes(XCP_MASTER_T* m, int ms)
+{
+    std::vector<uint32_t> times;
+    const int64_t end = NowMs() + ms;
+    PACKET_T frame;
+    while (NowMs() < end)
+        if (XcpMasterDaqFrame(m, &frame, (int)(end - NowMs())) && frame[0] == 0 && frame.size() >= 5)
+            times.push_back(frame[1] | frame[2] << 8 | frame[3] << 16 | (uint32_t)frame[4] << 24);
+    return times;
+}
+
+}  // namespace
+
+TEST_F(XcpOnBus, ListsSampleOnTheirEventsShowAWriteInTheNextSampleAndStopWithTheSession)
+{
+    ASSERT_EQ(XcpMasterConnect(&master).status, XCP_MASTER_OK);
+    ASSERT_EQ(XcpMasterUnlock(&master, XCP_RESOURCE_DAQ, XcpResourceSecret(XCP_RESOURCE_DAQ)).status, XCP_MASTER_OK);
+    ASSERT_EQ(XcpMasterUnlock(&master, XCP_RESOURCE_CAL_PAG, XcpResourceSecret(XCP_RESOURCE_CAL_PAG)).status,
+              XCP_MASTER_OK);
+    const uint32_t boost = XcpMapAddressOf("BoostControl");
+    ASSERT_EQ(XcpMasterDaqStart(&master, {XcpMapAddressOf("RPM"), boost}, {4, 1}, 2).status, XCP_MASTER_OK);
+
+    // Event 2: a set every 100 ms of the dash's clock.
+    const std::vector<uint32_t> slow = SampleTimes(&master, 1000);
+    EXPECT_GE(slow.size(), 8u);
+    EXPECT_LE(slow.size(), 13u);
+    for (size_t i = 1; i < slow.size(); i++) {
+        EXPECT_GE(slow[i] - slow[i - 1], 90u) << i;
+        EXPECT_LE(slow[i] - slow[i - 1], 250u) << i;
+    }
+
+    // A value written by DOWNLOAD is in the first set sampled after the answer.
+    // BoostControl fits behind the time stamp, RPM does not.
+    auto firstFrame = [&](PACKET_T* frame) {
+        do ASSERT_TRUE(XcpMasterDaqFrame(&master, frame, RESPONSE_MS));
+        while (frame->at(0) != 0);
+        ASSERT_EQ(frame->size(), 6u);
+    };
+    PACKET_T frame;
+    firstFrame(&frame);
+    const uint8_t next = (uint8_t)((frame[5] + 1) % 3);
+    ASSERT_EQ(XcpMasterWrite(&master, boost, {next}).status, XCP_MASTER_OK);
+    firstFrame(&frame);
+    EXPECT_EQ(frame[5], next);
+
+    // Moved to event 1 while stopped: a set on every 10 ms pass.
+    EXPECT_EQ(XcpMasterCommand(&master, {0xDE, 0, 0, 0}).packet, (PACKET_T{0xFF, 0}));
+    EXPECT_EQ(XcpMasterCommand(&master, {0xE0, 0x10, 0, 0, 1, 0, 1, 0}).packet, (PACKET_T{0xFF}));
+    EXPECT_EQ(XcpMasterCommand(&master, {0xDE, 1, 0, 0}).packet, (PACKET_T{0xFF, 0}));
+    const size_t fast = SampleTimes(&master, 500).size();
+    EXPECT_GE(fast, 35u);
+    EXPECT_LE(fast, 65u);
+
+    // Nothing goes on after DISCONNECT.
+    ASSERT_EQ(XcpMasterDisconnect(&master).status, XCP_MASTER_OK);
+    EXPECT_TRUE(SampleTimes(&master, 300).empty());
+
+    // The tool: a header, rows of time and values, and the lists gone at its end.
+    std::string out, err;
+    ASSERT_EQ(Tool({"daq", "RPM", "BoostControl", "--event", "1", "--seconds", "1"}, &out, &err,
+                   {"--secrets", Secrets()}),
+              0)
+        << err;
+    EXPECT_EQ(out.substr(0, out.find('\n')), "time_ms,RPM,BoostControl");
+    const size_t rows = (size_t)std::count(out.begin(), out.end(), '\n') - 1;
+    EXPECT_GE(rows, 50u);
+    const std::string second = out.substr(out.find('\n') + 1);
+    EXPECT_NE(second.find(std::string(",") + std::to_string(next) + "\n"), std::string::npos) << second.substr(0, 80);
+    EXPECT_NE(err.find("samples"), std::string::npos);
+    // What the tool's session sent is still waiting here: past it, silence.
+    while (XcpMasterReceiveFrame(&master, 0x300, &frame, 100)) {
+    }
+    EXPECT_TRUE(SampleTimes(&master, 300).empty());
+}
+
+// The description file as a tool reads it: blocks nest, and every variable in it has the
+// address, type and size the slave's address map gives it.
+TEST(XcpDescription, EveryObjectIsTheSlavesVariableAtItsAddress)
+{
+    DeviceRoot root;
+    const std::string path = root.Path() + "/dash.a2l";
+    std::string out, err;
+    ASSERT_EQ(RunProgram(BinPath("motordash-xcp"), {"a2l", path}, &out, &err), 0) << err;
+    FILE* f = fopen(path.c_str(), "r");
+    ASSERT_NE(f, nullptr);
+    std::vector<std::string> tokens;
+    char word[256];
+    while (fscanf(f, "%255s", word) == 1) tokens.push_back(word);
+    fclose(f);
+    const auto text = [&](size_t from, size_t n) {
+        std::string t;
+        for (size_t i = from; i < from + n && i < tokens.size(); i++) t += (t.empty() ? "" : " ") + tokens[i];
+        return t;
+    };
+
+    std::vector<std::string> open;
+    size_t measurements = 0, characteristics = 0, writable = 0;
+    const char* const datatypes[] = {"UBYTE", "UBYTE", "SWORD", "UWORD", "ULONG", "FLOAT32_IEEE", "UBYTE"};
+    const char* const layouts[] = {"RL_UBYTE", "RL_UBYTE", "RL_SWORD", "RL_UWORD", "RL_ULONG", "RL_FLOAT32_IEEE",
+                                   "RL_UBYTE"};
+    for (size_t i = 0; i + 1 < tokens.size(); i++) {
+        if (tokens[i] == "/begin") open.push_back(tokens[i + 1]);
+        if (tokens[i] == "/end") {
+            ASSERT_FALSE(open.empty()) << "an /end too many at token " << i;
+            EXPECT_EQ(open.back(), tokens[i + 1]) << text(i - 4, 8);
+            open.pop_back();
+        }
+        if (tokens[i] != "/begin") continue;
+        // Up to the block's end: its address and dimension.
+        size_t end = i + 2;
+        while (end < tokens.size() && tokens[end] != "/end") end++;
+        auto after = [&](const char* key) -> std::string {
+            for (size_t k = i; k + 1 < end; k++)
+                if (tokens[k] == key) return tokens[k + 1];
+            return "";
+        };
+        const std::string dim = after("MATRIX_DIM");
+        if (tokens[i + 1] == "MEASUREMENT") {
+            measurements++;
+            const XCP_MAP_FIELD_T* field = XcpMapFindField(tokens[i + 2]);
+            ASSERT_NE(field, nullptr) << text(i, 6);
+            EXPECT_EQ(tokens[i + 4], datatypes[field->kind]) << field->name;
+            EXPECT_EQ(strtoul(after("ECU_ADDRESS").c_str(), nullptr, 0), field->addr) << field->name;
+            EXPECT_EQ(dim.empty() ? 1u : strtoul(dim.c_str(), nullptr, 0), field->elements) << field->name;
+        } else if (tokens[i + 1] == "CHARACTERISTIC") {
+            characteristics++;
+            const XCP_MAP_FIELD_T* field = XcpMapFindField(tokens[i + 2]);
+            ASSERT_NE(field, nullptr) << text(i, 6);
+            EXPECT_EQ(tokens[i + 2], std::string(XcpMapRecordNames[field->record]) + "." + field->name);
+            EXPECT_GE(field->addr, ramEditStart) << "the constants are not writable";
+            EXPECT_EQ(strtoul(tokens[i + 5].c_str(), nullptr, 0), field->addr) << field->name;
+            EXPECT_EQ(tokens[i + 6], layouts[field->kind]) << field->name;
+            EXPECT_EQ(dim.empty() ? 1u : strtoul(dim.c_str(), nullptr, 0), field->elements) << field->name;
+        }
+    }
+    EXPECT_TRUE(open.empty());
+    for (const XCP_MAP_FIELD_T& field : XcpMapFields) writable += field.addr >= ramEditStart;
+    EXPECT_EQ(measurements, XcpMapFields.size());
+    EXPECT_EQ(characteristics, writable);
+    const std::string all = text(0, tokens.size());
+    for (const char* layout : layouts)
+        EXPECT_NE(all.find(std::string("RECORD_LAYOUT ") + layout + " FNC_VALUES"), std::string::npos) << layout;
+    EXPECT_NE(all.find("CAN_ID_BROADCAST 0x100 CAN_ID_MASTER 0x200 CAN_ID_SLAVE 0x300"), std::string::npos);
+    EXPECT_NE(all.find(" 8 8 BYTE_ORDER_MSB_LAST"), std::string::npos) << "MAX_CTO and MAX_DTO";
+    EXPECT_NE(all.find("DAQ DYNAMIC 3 3 0"), std::string::npos);
+    EXPECT_NE(all.find("\"fg_100ms\" 2 DAQ 3 100 6"), std::string::npos);
+}

@@ -6,19 +6,23 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <csignal>
 #include <cstring>
 #include <string>
 #include <strings.h>
 #include <vector>
 
+#include "xcp_a2l.h"
 #include "xcp_map.h"
 #include "xcp_master.h"
+#include "tool_clock.h"
 #include "xcp_types.h"
 
 namespace {
 
 const char* const USAGE =
     "usage: motordash-xcp [--timeout MS] [--secrets CAL,DAQ,STIM,PGM] ROOT|--can IFACE COMMAND [ARGS]\n"
+    "       motordash-xcp a2l FILE   the dash's description file for calibration tools\n"
     "  ROOT          a simulated device root: its virtual bus, port can0\n"
     "  --can IFACE   a SocketCAN interface (the dash's bus, as can0)\n"
     "  --secrets     the dash's four resource secrets, decimal or 0x hex; without it\n"
@@ -32,7 +36,11 @@ const char* const USAGE =
     "  unlock RES...    unlock resources (CAL, DAQ, STIM, PGM) to check the secrets\n"
     "  write NAME VALUE one value into a variable; NAME[I] for an element of an array\n"
     "  get [NAME...]    settings, each as a line that set takes; all without NAME\n"
-    "  set NAME VALUE.. a whole setting, every element\n";
+    "  set NAME VALUE.. a whole setting, every element\n"
+    "  daq NAME... [--event N] [--seconds S]\n"
+    "                   measure variables as the dash samples them: CSV on stdout, the\n"
+    "                   dash's time stamp in ms then a column each; event 0 or 1 every\n"
+    "                   10 ms, 2 (the default) every 100 ms; until S seconds or Ctrl-C\n";
 
 constexpr uint8_t XCPCAN_GET_SLAVE_ID = 0xFF;
 
@@ -611,13 +619,110 @@ int _set(TOOL_T* t, int argc, char** argv)
     return _end(t, 0);
 }
 
+volatile sig_atomic_t m_stop = 0;
+
+void _onSignal(int)
+{
+    m_stop = 1;
+}
+
+int _daq(TOOL_T* t, int argc, char** argv)
+{
+    std::vector<const XCP_MAP_FIELD_T*> fields;
+    uint32_t event = 2, seconds = 0;
+    for (int i = 0; i < argc; i++) {
+        const bool option = !strcmp(argv[i], "--event") || !strcmp(argv[i], "--seconds");
+        if (option && i + 1 < argc) {
+            uint32_t* value = !strcmp(argv[i], "--event") ? &event : &seconds;
+            if (!_number(argv[++i], value) || (value == &event && event > 2)) {
+                fprintf(stderr, "motordash-xcp: bad %s '%s'\n", argv[i - 1], argv[i]);
+                return 2;
+            }
+            continue;
+        }
+        const XCP_MAP_FIELD_T* f = _field(*t, argv[i]);
+        if (!f) return 2;
+        if (f->kind == XCP_KIND_TEXT || f->elements != 1) {
+            fprintf(stderr, "motordash-xcp: %s is %s: only single numbers are measured\n", f->name,
+                    _typeName(*f).c_str());
+            return 2;
+        }
+        fields.push_back(f);
+    }
+    std::vector<uint32_t> addrs;
+    std::vector<uint8_t> sizes;
+    for (const XCP_MAP_FIELD_T* f : fields) addrs.push_back(f->addr), sizes.push_back((uint8_t)f->size);
+    std::vector<XCP_DAQ_PLACE_T> places;
+    uint8_t numOdt = 0;
+    if (fields.empty() || !XcpMasterDaqLayout(sizes, &places, &numOdt)) {
+        fprintf(stderr, "motordash-xcp: %s\n",
+                fields.empty() ? "no variable to measure" : "too many variables for one list");
+        return 2;
+    }
+    uint32_t secrets[4];
+    if (!_secrets(*t, secrets)) return 2;
+    if (!_open(t)) return 1;
+    XCP_REPLY_T r;
+    if (!_connect(t, &r) || !_unlock(t, 1, secrets)) return _end(t, 1);
+    r = XcpMasterDaqStart(&t->master, addrs, sizes, (uint8_t)event);
+    if (r.status != XCP_MASTER_OK) {
+        _failed(*t, "building the list", r);
+        XcpMasterDaqStop(&t->master);
+        return _end(t, 1);
+    }
+    signal(SIGINT, _onSignal);
+    signal(SIGTERM, _onSignal);
+    printf("time_ms");
+    for (const XCP_MAP_FIELD_T* f : fields) printf(",%s", f->name);
+    printf("\n");
+    const uint64_t end = seconds ? tool_monotonic_ms() + 1000ull * seconds : UINT64_MAX;
+    // A row is printed once its last frame is in; a set with a frame missing is dropped.
+    std::vector<std::vector<uint8_t>> set(numOdt);
+    uint8_t expected = 0;
+    unsigned long samples = 0;
+    int code = 0;
+    while (!m_stop && tool_monotonic_ms() < end) {
+        std::vector<uint8_t> frame;
+        if (!XcpMasterDaqFrame(&t->master, &frame, 200)) continue;
+        const uint8_t pid = frame[0];
+        if (pid >= numOdt) continue;
+        if (pid != expected) {
+            expected = 0;
+            if (pid != 0) continue;
+        }
+        set[pid] = frame;
+        if (++expected < numOdt) continue;
+        expected = 0;
+        if (set[0].size() < 5) continue;
+        printf("%u", _le(&set[0][1], 4));
+        for (size_t i = 0; i < fields.size(); i++) {
+            const std::vector<uint8_t>& f = set[places[i].odt];
+            if (f.size() < (size_t)places[i].offset + sizes[i]) {
+                printf(",");
+                continue;
+            }
+            printf(",%s", _element(fields[i]->kind, &f[places[i].offset], false).c_str());
+        }
+        printf("\n");
+        fflush(stdout);
+        if (++samples % 10 == 0) fprintf(stderr, "\rsamples %lu", samples);
+    }
+    fprintf(stderr, "\rsamples %lu\n", samples);
+    r = XcpMasterDaqStop(&t->master);
+    if (r.status != XCP_MASTER_OK) {
+        _failed(*t, "stopping the lists", r);
+        code = 1;
+    }
+    return _end(t, code);
+}
+
 struct COMMAND_T {
     const char* name;
     int (*run)(TOOL_T* t, int argc, char** argv);
 };
 constexpr COMMAND_T m_commands[] = {
     {"probe", _probe}, {"info", _info},   {"list", _list}, {"read", _read}, {"dump", _dump},
-    {"unlock", _unlockCommand}, {"write", _write}, {"get", _get}, {"set", _set},
+    {"unlock", _unlockCommand}, {"write", _write}, {"get", _get}, {"set", _set}, {"daq", _daq},
 };
 
 }  // namespace
@@ -628,6 +733,19 @@ int main(int argc, char** argv)
     int i = 1;
     if (i < argc && (!strcmp(argv[i], "--help") || !strcmp(argv[i], "-h"))) {
         fputs(USAGE, stdout);
+        return 0;
+    }
+    if (i < argc && !strcmp(argv[i], "a2l")) {
+        if (argc != i + 2) {
+            fputs(USAGE, stderr);
+            return 2;
+        }
+        FILE* f = fopen(argv[i + 1], "w");
+        const std::string a2l = XcpA2lDescription();
+        if (!f || fwrite(a2l.data(), 1, a2l.size(), f) != a2l.size() || fclose(f) != 0) {
+            fprintf(stderr, "motordash-xcp: cannot write %s: %s\n", argv[i + 1], strerror(errno));
+            return 1;
+        }
         return 0;
     }
     for (; i + 1 < argc && argv[i][0] == '-' && strcmp(argv[i], "--can"); i += 2) {

@@ -261,3 +261,94 @@ std::string XcpMasterDescribe(const XCP_MASTER_T& m, const XCP_REPLY_T& reply)
     default: return std::string("cannot send on the bus: ") + strerror(errno);
     }
 }
+
+// ---- Measurement ------------------------------------------------------------------
+
+namespace {
+
+constexpr uint8_t DAQ_ODTS = 8;
+constexpr uint8_t DAQ_TIMESTAMP_BYTES = 4;
+constexpr uint8_t DAQ_MODE_TIMESTAMP = 0x10;
+constexpr uint8_t DAQ_START = 1, DAQ_SELECT = 2, DAQ_STOP_ALL = 0;
+
+}  // namespace
+
+bool XcpMasterDaqLayout(const std::vector<uint8_t>& sizes, std::vector<XCP_DAQ_PLACE_T>* places, uint8_t* numOdt)
+{
+    places->clear();
+    // Each variable in the first frame with room for it: a frame holds eight bytes and
+    // seven entries, the first frame a PID and a time stamp before them.
+    uint8_t used[DAQ_ODTS], entries[DAQ_ODTS] = {};
+    for (uint8_t odt = 0; odt < DAQ_ODTS; odt++) used[odt] = odt == 0 ? 1 + DAQ_TIMESTAMP_BYTES : 1;
+    *numOdt = 0;
+    for (uint8_t size : sizes) {
+        if (size == 0 || size > 7) return false;
+        uint8_t odt = 0;
+        while (odt < DAQ_ODTS && (used[odt] + size > 8 || entries[odt] == 7)) odt++;
+        if (odt == DAQ_ODTS) return false;
+        places->push_back({odt, used[odt]});
+        used[odt] = (uint8_t)(used[odt] + size);
+        entries[odt]++;
+        if (odt + 1 > *numOdt) *numOdt = (uint8_t)(odt + 1);
+    }
+    return true;
+}
+
+XCP_REPLY_T XcpMasterDaqStart(XCP_MASTER_T* m, const std::vector<uint32_t>& addrs, const std::vector<uint8_t>& sizes,
+                              uint8_t event)
+{
+    std::vector<XCP_DAQ_PLACE_T> places;
+    uint8_t numOdt = 0;
+    if (addrs.size() != sizes.size() || !XcpMasterDaqLayout(sizes, &places, &numOdt) || numOdt == 0) {
+        XCP_REPLY_T r = _reply(XCP_MASTER_ERROR);
+        r.error = XCP_ERR_MEMORY_OVERFLOW;
+        return r;
+    }
+    // The time stamp goes out only with a frame of ODT 0, and an ODT without entries
+    // sends none: when no variable fits behind the stamp, the first one's first byte
+    // holds its place.
+    std::vector<std::vector<std::vector<uint8_t>>> entries(numOdt);
+    for (size_t i = 0; i < places.size(); i++) {
+        const uint32_t a = addrs[i];
+        entries[places[i].odt].push_back({XCP_CMD_WRITE_DAQ, 0xFF, sizes[i], 0, (uint8_t)a, (uint8_t)(a >> 8),
+                                          (uint8_t)(a >> 16), (uint8_t)(a >> 24)});
+    }
+    if (entries[0].empty()) {
+        entries[0].push_back(entries[numOdt - 1].back());
+        entries[0].back()[2] = 1;
+    }
+    std::vector<std::vector<uint8_t>> commands = {{XCP_CMD_FREE_DAQ}, {XCP_CMD_ALLOC_DAQ, 0, 1, 0},
+                                                  {XCP_CMD_ALLOC_ODT, 0, 0, 0, numOdt}};
+    for (uint8_t odt = 0; odt < numOdt; odt++)
+        commands.push_back({XCP_CMD_ALLOC_ODT_ENTRY, 0, 0, 0, odt, (uint8_t)entries[odt].size()});
+    for (uint8_t odt = 0; odt < numOdt; odt++) {
+        commands.push_back({XCP_CMD_SET_DAQ_PTR, 0, 0, 0, odt, 0});
+        commands.insert(commands.end(), entries[odt].begin(), entries[odt].end());
+    }
+    commands.push_back({XCP_CMD_SET_DAQ_LIST_MODE, DAQ_MODE_TIMESTAMP, 0, 0, event, 0, 1, 0});
+    commands.push_back({XCP_CMD_START_STOP_DAQ_LIST, DAQ_SELECT, 0, 0});
+    commands.push_back({XCP_CMD_START_STOP_SYNCH, DAQ_START});
+    XCP_REPLY_T r = _reply(XCP_MASTER_OK);
+    for (const std::vector<uint8_t>& c : commands) {
+        r = XcpMasterCommand(m, c);
+        if (r.status != XCP_MASTER_OK) return r;
+    }
+    return r;
+}
+
+XCP_REPLY_T XcpMasterDaqStop(XCP_MASTER_T* m)
+{
+    const XCP_REPLY_T r = XcpMasterCommand(m, {XCP_CMD_START_STOP_SYNCH, DAQ_STOP_ALL});
+    if (r.status != XCP_MASTER_OK) return r;
+    return XcpMasterCommand(m, {XCP_CMD_FREE_DAQ});
+}
+
+bool XcpMasterDaqFrame(XCP_MASTER_T* m, std::vector<uint8_t>* frame, int timeoutMs)
+{
+    const uint64_t end = tool_monotonic_ms() + (uint64_t)(timeoutMs > 0 ? timeoutMs : 0);
+    for (;;) {
+        const uint64_t now = tool_monotonic_ms();
+        if (now >= end || !XcpMasterReceiveFrame(m, m->respId, frame, (int)(end - now))) return false;
+        if (!frame->empty() && frame->at(0) < XCP_PID_SERVICE_REQUEST) return true;
+    }
+}

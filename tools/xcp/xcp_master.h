@@ -66,6 +66,26 @@ XCP_REPLY_T XcpMasterUnlock(XCP_MASTER_T* m, uint8_t resource, uint32_t secret);
 // DOWNLOAD_NEXT frames in block mode).
 XCP_REPLY_T XcpMasterWrite(XCP_MASTER_T* m, uint32_t addr, const std::vector<uint8_t>& bytes);
 
+// ---- Measurement ------------------------------------------------------------------
+
+// Where a measured variable's bytes come in a frame set of list 0.
+struct XCP_DAQ_PLACE_T {
+    uint8_t odt;     // its frame: PID odt
+    uint8_t offset;  // from the frame's first byte, the PID
+};
+
+// Lays variables of `sizes` bytes (1 to 7 each) out in the ODTs of list 0, a time stamp
+// heading ODT 0; false if they don't fit in the list's eight frames. XcpMasterDaqStart
+// builds the list so, puts it on `event` and starts it.
+bool XcpMasterDaqLayout(const std::vector<uint8_t>& sizes, std::vector<XCP_DAQ_PLACE_T>* places, uint8_t* numOdt);
+XCP_REPLY_T XcpMasterDaqStart(XCP_MASTER_T* m, const std::vector<uint32_t>& addrs, const std::vector<uint8_t>& sizes,
+                              uint8_t event);
+// Stops every list and frees them: what a master leaves behind at its end.
+XCP_REPLY_T XcpMasterDaqStop(XCP_MASTER_T* m);
+// The next DAQ frame of list 0 within timeoutMs: a PID below 0xFC on the response
+// identifier.
+bool XcpMasterDaqFrame(XCP_MASTER_T* m, std::vector<uint8_t>* frame, int timeoutMs);
+
 // The standard's name of an error code, "ERR_ACCESS_LOCKED"; "ERR_0x42" for others.
 std::string XcpErrorName(uint8_t code);
 // "ERR_OUT_OF_RANGE (0x22)", or what went wrong without an error packet.

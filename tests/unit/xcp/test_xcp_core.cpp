@@ -721,6 +721,261 @@ TEST_F(XcpWrite, PagesAndSegmentsAnswerAsTheApplicationDoes)
     EXPECT_EQ(FakeApp.sent[0].data, OK);
 }
 
+// ---- Measurement lists ---------------------------------------------------------------
+
+class XcpDaq : public XcpWrite {
+protected:
+    static BYTES_T U16le(uint16_t v) { return {(uint8_t)v, (uint8_t)(v >> 8)}; }
+    static BYTES_T AllocOdt(uint16_t list, uint8_t n) { return Ask({0xD4, 0, (uint8_t)list, (uint8_t)(list >> 8), n}); }
+    static BYTES_T AllocEntries(uint16_t list, uint8_t odt, uint8_t n)
+    {
+        return Ask({0xD3, 0, (uint8_t)list, (uint8_t)(list >> 8), odt, n});
+    }
+    static BYTES_T Ptr(uint16_t list, uint8_t odt, uint8_t entry)
+    {
+        return Ask({0xE2, 0, (uint8_t)list, (uint8_t)(list >> 8), odt, entry});
+    }
+    static BYTES_T Write(uint32_t addr, uint8_t size, uint8_t bit = 0xFF)
+    {
+        return Ask({0xE1, bit, size, 0, (uint8_t)addr, (uint8_t)(addr >> 8), (uint8_t)(addr >> 16),
+                    (uint8_t)(addr >> 24)});
+    }
+    static BYTES_T Mode(uint16_t list, uint8_t mode, uint16_t event, uint8_t prescaler = 1, uint8_t priority = 0)
+    {
+        return Ask({0xE0, mode, (uint8_t)list, (uint8_t)(list >> 8), (uint8_t)event, (uint8_t)(event >> 8), prescaler,
+                    priority});
+    }
+    static BYTES_T StartStop(uint16_t list, uint8_t mode)
+    {
+        return Ask({0xDE, mode, (uint8_t)list, (uint8_t)(list >> 8)});
+    }
+};
+
+TEST_F(XcpDaq, AllocationIsInOrderAndWithinTheTables)
+{
+    EXPECT_EQ(AllocOdt(0, 1), Error(0x29)) << "no list yet";
+    EXPECT_EQ(AllocEntries(0, 0, 1), Error(0x29));
+    EXPECT_EQ(Ask({0xD5, 0, 4, 0}), Error(0x30));
+    EXPECT_EQ(Ask({0xD5, 0, 3, 0}), OK);
+    EXPECT_EQ(AllocEntries(1, 0, 1), Error(0x29)) << "list without ODTs";
+    EXPECT_EQ(AllocEntries(3, 0, 1), Error(0x22)) << "no such list";
+    EXPECT_EQ(AllocOdt(3, 1), Error(0x22));
+    EXPECT_EQ(AllocOdt(0, 9), Error(0x30));
+    EXPECT_EQ(AllocOdt(0, 8), OK);
+    EXPECT_EQ(AllocOdt(1, 2), OK);
+    EXPECT_EQ(Ask({0xD5, 0, 3, 0}), Error(0x29)) << "lists have ODTs";
+    EXPECT_EQ(AllocEntries(1, 2, 1), Error(0x22)) << "ODT 2 of 2";
+    EXPECT_EQ(AllocEntries(1, 1, 8), Error(0x30));
+    EXPECT_EQ(AllocEntries(1, 1, 7), OK);
+    EXPECT_EQ(AllocOdt(2, 1), Error(0x29)) << "ODTs have entries";
+    EXPECT_EQ(Ptr(1, 0, 0), Error(0x22)) << "ODT 0 of list 1 has no entries";
+    EXPECT_EQ(Ptr(1, 1, 6), OK);
+    EXPECT_EQ(Ask({0xD6}), OK);
+    EXPECT_EQ(Write(100, 1), Error(0x23)) << "the pointer went with the lists";
+    EXPECT_EQ(Ask({0xDF, 0, 0, 0}), Error(0x22)) << "no lists after FREE_DAQ";
+    EXPECT_EQ(Ask({0xD5, 0, 1, 0}), OK);
+    EXPECT_EQ(AllocOdt(0, 1), OK);
+}
+
+TEST_F(XcpDaq, WriteDaqFillsFromThePointerAndNeedsANewOneAfterTheLastEntry)
+{
+    ASSERT_EQ(Ask({0xD5, 0, 2, 0}), OK);
+    ASSERT_EQ(AllocOdt(1, 2), OK);
+    ASSERT_EQ(AllocEntries(1, 1, 3), OK);
+    EXPECT_EQ(Write(100, 1), Error(0x23)) << "no SET_DAQ_PTR";
+    EXPECT_EQ(Ptr(1, 1, 3), Error(0x22));
+    EXPECT_EQ(Write(100, 1), Error(0x23)) << "a refused pointer leaves none";
+    ASSERT_EQ(Ptr(1, 1, 0), OK);
+    EXPECT_EQ(Write(100, 9), Error(0x22));
+    EXPECT_EQ(Write(60, 1), OK);
+    EXPECT_EQ(Write(1020, 8), Error(0x22)) << "past the end of the memory";
+    EXPECT_EQ(Write(0xFFFFFFFC, 8), Error(0x22)) << "no wrap";
+    EXPECT_EQ(Write(100, 2, 9), OK) << "bit 9: the next byte's bit 1";
+    EXPECT_EQ(Write(300, 4), OK);
+    EXPECT_EQ(Write(400, 1), Error(0x23)) << "ODT full";
+    const U32 e = Xcp0_DaqConfigs[1].idxDaqStart + 7;
+    EXPECT_EQ(Xcp0_OdtEntryCfgs[e], 1);
+    EXPECT_EQ(Xcp0_OdtEntryAddrs[e + 1], 101u);
+    EXPECT_EQ(Xcp0_OdtEntryCfgs[e + 1], 0x81);
+    EXPECT_EQ(Xcp0_OdtEntryAddrs[e + 2], 300u);
+    EXPECT_EQ(Xcp0_OdtEntryCfgs[e + 2], 4);
+    EXPECT_EQ(Xcp0_DaqStates[1].maxOdtIdUsed, 1);
+
+    EXPECT_EQ(Mode(1, 0x10, 0, 2), Error(0x22)) << "prescaler";
+    EXPECT_EQ(Mode(1, 0x10, 0, 1, 1), Error(0x22)) << "priority";
+    EXPECT_EQ(Mode(1, 0x10, 3), Error(0x22)) << "event";
+    EXPECT_EQ(Mode(2, 0x10, 0), Error(0x22)) << "list";
+    EXPECT_EQ(Mode(1, 0x12, 1), Error(0x27)) << "no STIM";
+    EXPECT_EQ(Mode(1, 0x30, 2), OK) << "PID off ignored";
+    EXPECT_EQ(Ask({0xDF, 0, 1, 0}), (BYTES_T{0xFF, 0x10, 0, 0, 2, 0, 1, 255}));
+    EXPECT_EQ(StartStop(1, 3), Error(0x27));
+    EXPECT_EQ(StartStop(1, 1), (BYTES_T{0xFF, 8}));
+    EXPECT_EQ(Ptr(1, 1, 0), Error(0x11));
+    EXPECT_EQ(Mode(1, 0x10, 1), Error(0x11));
+    EXPECT_EQ(Ask({0xFD})[1] & 0x40, 0x40) << "GET_STATUS: running";
+
+    // ODT 0 is empty: ODT 1 still goes out with its own PID, timestamp only in ODT 0.
+    FakeApp.sent.clear();
+    FakeApp.timestamp = 0x11223344;
+    FakeApp.memory[101] = 0x02;
+    EXPECT_EQ(Xcp_Event(2, 0), XCPEVENT_DAQSTIM_EXECUTED);
+    ASSERT_EQ(FakeApp.sent.size(), 1u);
+    EXPECT_EQ(FakeApp.sent[0].data, (BYTES_T{9, 60, 1, 44, 45, 46, 47}));
+    // CLEAR_DAQ_LIST stops the list and empties it; the allocation stays.
+    EXPECT_EQ(Ask({0xE3, 0, 1, 0}), OK);
+    EXPECT_EQ(Xcp0_DaqStates[1].daqListMode & 0x40, 0);
+    EXPECT_EQ(Ptr(1, 1, 2), OK);
+    // An ODT whose first entry is unused sends nothing, whatever follows it.
+    EXPECT_EQ(Write(60, 1), OK);
+    EXPECT_EQ(StartStop(1, 1), (BYTES_T{0xFF, 8}));
+    FakeApp.sent.clear();
+    EXPECT_EQ(Xcp_Event(2, 0), XCPEVENT_DAQSTIM_NOT_EXECUTED);
+    EXPECT_TRUE(FakeApp.sent.empty());
+}
+
+TEST_F(XcpDaq, ListsStartTogetherSampleOnTheirEventAndStopOnDisconnect)
+{
+    ASSERT_EQ(Ask({0xD5, 0, 3, 0}), OK);
+    ASSERT_EQ(AllocOdt(0, 1), OK);
+    ASSERT_EQ(AllocOdt(1, 1), OK);
+    for (uint16_t list = 0; list < 2; list++) {
+        ASSERT_EQ(AllocEntries(list, 0, 2), OK);
+        ASSERT_EQ(Ptr(list, 0, 0), OK);
+        ASSERT_EQ(Write(210 + list, 1), OK);
+        ASSERT_EQ(Write(200, 4), OK) << "four bytes do not fit behind a timestamp";
+        ASSERT_EQ(Mode(list, 0x10, 1), OK);
+        ASSERT_EQ(StartStop(list, 2), (BYTES_T{0xFF, (uint8_t)(8 * list)}));
+    }
+    EXPECT_EQ(StartStop(2, 1), (BYTES_T{0xFF, 16})) << "list 2 started empty";
+    FakeApp.sent.clear();
+    EXPECT_EQ(Xcp_Event(1, 0), XCPEVENT_DAQSTIM_NOT_EXECUTED) << "only the empty list runs";
+    EXPECT_TRUE(FakeApp.sent.empty());
+    EXPECT_EQ(Ask({0xDD, 3}), Error(0x27));
+    EXPECT_EQ(Ask({0xDD, 1}), OK);
+    EXPECT_EQ(Xcp0_DaqStates[0].daqListMode, 0x50) << "running, selection cleared";
+    FakeApp.sent.clear();
+    FakeApp.timestamp = 0x0A0B0C0D;
+    EXPECT_EQ(Xcp_Event(0, 0), XCPEVENT_DAQSTIM_NOT_EXECUTED) << "another event";
+    EXPECT_EQ(Xcp_Event(1, 0), XCPEVENT_DAQSTIM_EXECUTED | XCPEVENT_DTO_OVERFILL);
+    ASSERT_EQ(FakeApp.sent.size(), 2u);
+    EXPECT_EQ(FakeApp.sent[0].data, (BYTES_T{0, 0x0D, 0x0C, 0x0B, 0x0A, 210}));
+    EXPECT_EQ(FakeApp.sent[1].data, (BYTES_T{8, 0x0D, 0x0C, 0x0B, 0x0A, 211}));
+    // Selected and stopped together too.
+    EXPECT_EQ(StartStop(0, 2), (BYTES_T{0xFF, 0}));
+    EXPECT_EQ(Ask({0xDD, 2}), OK);
+    EXPECT_EQ(Xcp0_DaqStates[0].daqListMode, 0x10);
+    EXPECT_EQ(Xcp0_DaqStates[1].daqListMode, 0x50);
+    EXPECT_EQ(Ask({0xFE}), OK);
+    for (const Xcp_Daq_t& state : Xcp0_DaqStates) EXPECT_EQ(state.daqListMode, 0);
+    FakeApp.sent.clear();
+    EXPECT_EQ(Xcp_Event(1, 0), XCPEVENT_DAQSTIM_NOT_EXECUTED);
+    EXPECT_TRUE(FakeApp.sent.empty());
+}
+
+TEST_F(XcpDaq, InfoCommandsAndClock)
+{
+    FakeApp.timestamp = 0x01020304;
+    EXPECT_EQ(Ask({0xDC}), (BYTES_T{0xFF, 0, 0, 0, 4, 3, 2, 1}));
+    EXPECT_EQ(Ask({0xDA}), (BYTES_T{0xFF, 0x1D, 3, 0, 3, 0, 0, 0x30}));
+    EXPECT_EQ(Ask({0xD9}), (BYTES_T{0xFF, 1, 8, 1, 8, 0x64, 1, 0}));
+    EXPECT_EQ(Ask({0xD8, 0, 0, 0}), Error(0x22)) << "not allocated";
+    ASSERT_EQ(Ask({0xD5, 0, 1, 0}), OK);
+    EXPECT_EQ(Ask({0xD8, 0, 0, 0}), (BYTES_T{0xFF, 0x04, 0, 0, 0, 0}));
+    EXPECT_EQ(Ask({0xD7, 0, 0, 0}), Error(0x20)) << "no event info";
+}
+
+// STIM: this dash has no list that can do it, so a configuration of the test's own,
+// with a receive queue of its own, carries the reverse direction.
+std::vector<Xcp_Packet_t> m_stimQueue;
+
+Xcp_Packet_t* StimPeek(U32, U32, U32 peekIdx)
+{
+    return peekIdx < m_stimQueue.size() ? &m_stimQueue[peekIdx] : nullptr;
+}
+
+void StimNext(U32, U32)
+{
+    m_stimQueue.erase(m_stimQueue.begin());
+}
+
+TEST_F(XcpDaq, StimAppliesACompleteSetInOrderAndResynchronisesOnABrokenOne)
+{
+    constexpr Xcp_DaqCfg_t stimList[] = {{4, 2, 0, 7, XCP_DAQLISTPROPERTY_DAQ | XCP_DAQLISTPROPERTY_STIM, 0}};
+    Xcp_SessionCfg_t cfg = Xcp_SessionConfigs[0];
+    cfg.pDaqConfigs = stimList;
+    cfg.pPeekRxBuf = StimPeek;
+    cfg.pRxNext = StimNext;
+    Xcp0_DaqDynConfigs[0] = {2, {2, 1}};
+    Xcp0_OdtEntryAddrs[0] = 100, Xcp0_OdtEntryCfgs[0] = 2;
+    Xcp0_OdtEntryAddrs[1] = 200, Xcp0_OdtEntryCfgs[1] = XCP_ODTENTRY_SINGLE_BIT | 6;
+    Xcp0_OdtEntryAddrs[7] = 300, Xcp0_OdtEntryCfgs[7] = 4;
+    Xcp0_DaqStates[0].daqListMode = XCP_DAQLISTMODE_DIRECTION | XCP_DAQLISTMODE_TIMESTAMP;
+    const Xcp_Packet_t odt0 = {4, {9, 9, 9, 9, 0xA1, 0xA2, 1}}, odt1 = {5, {0xB1, 0xB2, 0xB3, 0xB4}};
+    FakeApp.memory[200] = 0;
+
+    m_stimQueue = {odt0};
+    EXPECT_EQ(Xcp_StimProcessor(0, 0, &cfg), XCPEVENT_MISSING_DTO);
+    EXPECT_EQ(m_stimQueue.size(), 1u) << "kept for the rest of its set";
+    EXPECT_EQ(Mem(100, 2), (BYTES_T{100, 101}));
+    m_stimQueue = {odt1, odt1, odt0, odt1};
+    EXPECT_EQ(Xcp_StimProcessor(0, 0, &cfg), XCPEVENT_MISSING_DTO);
+    EXPECT_EQ(m_stimQueue.size(), 2u) << "dropped up to the next set";
+    EXPECT_EQ(Xcp_StimProcessor(0, 0, &cfg), XCPEVENT_DAQSTIM_EXECUTED);
+    EXPECT_TRUE(m_stimQueue.empty());
+    EXPECT_EQ(Mem(100, 2), (BYTES_T{0xA1, 0xA2}));
+    EXPECT_EQ(FakeApp.memory[200], 0x40);
+    EXPECT_EQ(Mem(300, 4), (BYTES_T{0xB1, 0xB2, 0xB3, 0xB4}));
+    // Only the STIM side of the event runs a STIM list.
+    Xcp_Sessions[0].numDynDaqLists = 1;
+    Xcp0_DaqStates[0].daqListMode |= XCP_DAQLISTMODE_RUNNING;
+    FakeApp.sent.clear();
+    EXPECT_EQ(Xcp_DoDaqForEvent(0), XCPEVENT_DAQSTIM_NOT_EXECUTED);
+    EXPECT_TRUE(FakeApp.sent.empty());
+}
+
+// ---- Programming -----------------------------------------------------------------------
+
+TEST_F(XcpWrite, ProgrammingIsRefusedWithTheStandardsAnswers)
+{
+    EXPECT_EQ(Ask({0xD2}), Error(0x31));
+    EXPECT_EQ(Ask({0xD0, 2, 1, 2}), Error(0x29));
+    EXPECT_EQ(Ask({0xC9, 1, 2, 3, 4, 5, 6, 7}), Error(0x29));
+    EXPECT_EQ(Ask({0xD1, 0, 0, 0, 16, 0, 0, 0}), Error(0x29));
+    EXPECT_EQ(Ask({0xD1, 1, 0, 0, 16, 0, 0, 0}), Error(0x22)) << "functional clear";
+    EXPECT_EQ(Ask({0xCB, 0, 0, 0, 0}), OK);
+    EXPECT_EQ(Ask({0xCB, 0, 0, 1, 0}), Error(0x22));
+    EXPECT_EQ(Ask({0xCC, 0, 0x10, 0}), Error(0x31));
+    EXPECT_EQ(Ask({0xCA, 3}), (BYTES_T{0xFE, 0x29, 0}));
+    for (uint8_t pid : {0xCE, 0xCD, 0xC8}) EXPECT_EQ(Ask({pid}), Error(0x20));
+    EXPECT_EQ(Ask({0xCF}), Error(0x31));
+    EXPECT_EQ(Ask({0xFD}), (BYTES_T{0xFF, 0, 0, 0, 0, 0})) << "still connected";
+    EXPECT_EQ(Ask({0xFE}), OK) << "DISCONNECT never blocked";
+}
+
+TEST_F(XcpWrite, AnApplicationThatProgramsGetsASequence)
+{
+    FakeApp.programResult = PROGRAM_REJECTED;
+    EXPECT_EQ(Ask({0xD2}), Error(0x10));
+    FakeApp.programResult = PROGRAM_FINISHED;
+    EXPECT_EQ(Ask({0xD2}), (BYTES_T{0xFF, 0, 0x41, 8, 255, 100, 0}));
+    ASSERT_EQ(SetMta(0x40), OK);
+    EXPECT_TRUE(Send({0xD0, 8, 1, 2, 3, 4, 5, 6}).empty()) << "a block's first frame";
+    EXPECT_EQ(Ask({0xCA, 3, 7, 8}), (BYTES_T{0xFE, 0x29, 2}));
+    EXPECT_EQ(Ask({0xD0, 1, 9}), Error(0x29)) << "the wrong count closed the sequence";
+    EXPECT_EQ(Ask({0xD2}), (BYTES_T{0xFF, 0, 0x41, 8, 255, 100, 0}));
+    EXPECT_TRUE(Send({0xD0, 8, 1, 2, 3, 4, 5, 6}).empty());
+    EXPECT_EQ(Ask({0xCA, 2, 7, 8}), OK);
+    EXPECT_EQ(Xcp_Sessions[0].mta, 0x40u + 6 + 8) << "the broken block's first frame stands";
+    EXPECT_EQ(FakeApp.programmed, (BYTES_T{1, 2, 3, 4, 5, 6, 1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(Ask({0xFE}), Error(0x12));
+    FakeApp.programResult = PROGRAM_BADADDRESS;
+    EXPECT_EQ(Ask({0xD1, 0, 0, 0, 16, 0, 0, 0}), Error(0x24));
+    EXPECT_EQ(Ask({0xC9, 1, 2, 3, 4, 5, 6, 7}), Error(0x29)) << "the failed clear closed it";
+    FakeApp.programResult = PROGRAM_FINISHED;
+    EXPECT_EQ(Ask({0xCF}), OK);
+    EXPECT_TRUE(Send({0xFD}).empty()) << "PROGRAM_RESET disconnects";
+}
+
 // ---- A stored DAQ setup --------------------------------------------------------------
 
 TEST_F(XcpCore, ADaqSetupStoredBySetRequestResumesAtStartAndSamples)

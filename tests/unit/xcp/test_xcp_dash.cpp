@@ -13,6 +13,7 @@
 #include "data.h"
 #include "settings.h"
 #include "test_root.h"
+#include "timer_drv.h"
 #include "xcp_core.h"
 #include "xcp_map.h"
 #include "xcp_target.h"
@@ -283,7 +284,10 @@ PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
 {
     static constexpr uint8_t PIDS[] = {0xFF, 0xFE, 0xFD, 0xFC, 0xFB, 0xFA, 0xF9, 0xF8, 0xF8, 0xF7, 0xF6,
                                        0xF6, 0xF5, 0xF4, 0xF3, 0xF2, 0xF2, 0xF0, 0xF0, 0xEF, 0xEF, 0xEE,
-                                       0xED, 0xEC, 0xEB, 0xEA, 0xE9, 0xE6, 0xE5, 0xE4};
+                                       0xED, 0xEC, 0xEB, 0xEA, 0xE9, 0xE6, 0xE5, 0xE4, 0xE3, 0xE2,
+                                       0xE2, 0xE1, 0xE1, 0xE1, 0xE0, 0xE0, 0xDF, 0xDE, 0xDE, 0xDD,
+                                       0xDC, 0xDA, 0xD9, 0xD8, 0xD6, 0xD5, 0xD5, 0xD4, 0xD4, 0xD3,
+                                       0xD3, 0xD2, 0xD1, 0xD0, 0xCF, 0xCC, 0xCB, 0xCA, 0xC9};
     std::uniform_int_distribution<int> byte(0, 255);
     const int kind = byte(rng);
     *id = kind < 16 ? 0x100 : kind < 24 ? (uint32_t)byte(rng) << 3 : 0x200;
@@ -293,6 +297,16 @@ PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
     if (kind % 4 != 0) f[0] = PIDS[byte(rng) % sizeof(PIDS)];
     if (*id == 0x100 && kind % 2) f[0] = 0xF2;
     if (f.size() >= 2 && f[0] == 0xF2 && kind % 3) f[1] = (uint8_t)(0xFD + byte(rng) % 3);
+    // Small list, ODT and entry numbers, so that lists get built and started.
+    if (f.size() >= 6 && f[0] >= 0xD3 && f[0] <= 0xE3 && f[0] != 0xE1 && kind % 2) {
+        f[2] = (uint8_t)(byte(rng) % 4), f[3] = 0;
+        f[4] = (uint8_t)(byte(rng) % 10), f[5] = (uint8_t)(byte(rng) % 9);
+    }
+    if (f.size() >= 3 && f[0] == 0xE1 && kind % 2) {
+        f[1] = kind % 3 ? 0xFF : (uint8_t)(byte(rng) % 40);
+        f[2] = (uint8_t)(byte(rng) % 10);
+    }
+    if (f.size() >= 2 && (f[0] == 0xDE || f[0] == 0xDD) && kind % 2) f[1] = (uint8_t)(byte(rng) % 4);
     if (f.size() >= 8 && kind % 5) {
         // An address near the space: 0, inside, or just past its end.
         const uint32_t addr = std::uniform_int_distribution<uint32_t>(0, 1100)(rng);
@@ -304,28 +318,83 @@ PACKET_T _randomFrame(std::mt19937& rng, uint32_t* id)
 // Random frames through port 1's receive table, a foreground pass after every third;
 // with `unlocked` the calibration resource is open whenever a master is connected. The
 // number of answers.
+size_t m_measurements;  // DAQ frames the storms caused
+int64_t m_clockMs = 1000;
+
+// A well-formed setup of all three lists, started, with sizes and addresses anywhere
+// near the end of the address space: what the random frames then break up.
+std::vector<PACKET_T> _buildLists(std::mt19937& rng)
+{
+    std::uniform_int_distribution<int> byte(0, 255);
+    std::vector<PACKET_T> script = {{0xFF, 0}, {0xD6}, {0xD5, 0, 3, 0}};
+    for (uint8_t list = 0; list < 3; list++) script.push_back({0xD4, 0, list, 0, 2});
+    for (uint8_t list = 0; list < 3; list++)
+        for (uint8_t odt = 0; odt < 2; odt++) script.push_back({0xD3, 0, list, 0, odt, 7});
+    for (uint8_t list = 0; list < 3; list++) {
+        for (uint8_t odt = 0; odt < 2; odt++) {
+            script.push_back({0xE2, 0, list, 0, odt, 0});
+            for (int e = 0; e < 7; e++) {
+                const uint32_t addr = std::uniform_int_distribution<uint32_t>(EEEnd - 40, EEEnd + 4)(rng);
+                script.push_back({0xE1, (uint8_t)(byte(rng) % 4 ? 0xFF : byte(rng) % 40), (uint8_t)(1 + byte(rng) % 8),
+                                  0, (uint8_t)addr, (uint8_t)(addr >> 8), 0, 0});
+            }
+        }
+        script.push_back({0xE0, 0x10, list, 0, list, 0, 1, 0});
+        script.push_back({0xDE, 2, list, 0});
+    }
+    script.push_back({0xDD, 1});
+    return script;
+}
+
 size_t _storm(std::mt19937& rng, int frames, bool unlocked)
 {
     size_t answers = 0;
+    std::vector<PACKET_T> script;
     for (int i = 0; i < frames; i++) {
-        uint32_t id;
-        const PACKET_T f = _randomFrame(rng, &id);
+        uint32_t id = 0x200;
+        if (unlocked && i % 500 == 0) script = _buildLists(rng);
+        PACKET_T f;
+        if (!script.empty()) {
+            f = script.front();
+            script.erase(script.begin());
+        } else {
+            f = _randomFrame(rng, &id);
+        }
         m_sent.clear();
         CAN_MSG_T m = {};
         m.id = id;
         m.msg_length = (uint8_t)f.size();
         if (!f.empty()) memcpy(m.msg_content, f.data(), f.size() < 8 ? f.size() : 8);
-        if (unlocked) Xcp_Sessions[0].ctResourceProtection &= (U8)~XCP_RESOURCE_CAL_PAG;
+        if (unlocked) Xcp_Sessions[0].ctResourceProtection = 0;
         rxTable_285279__0022(CAN_PORT1, &m);
-        if (i % 3 == 0) Timed_Trigger_XCP();
+        if (i % 3 == 0) {
+            // A foreground pass every 10 ms of a controlled clock, so that every event fires.
+            m_clockMs += 10;
+            timer_test_set_clock(m_clockMs * 1000000);
+            Timed_Trigger_XCP();
+        }
         for (const CAN_MSG_T& s : m_sent) {
-            EXPECT_EQ(s.id, 0x300u);
             EXPECT_GE(s.msg_length, 1);
             EXPECT_LE(s.msg_length, 8);
+            if (s.msg_content[0] < 24) {  // a measurement, on its list's identifier
+                m_measurements++;
+                continue;
+            }
+            EXPECT_EQ(s.id, 0x300u);
             EXPECT_GE(s.msg_content[0], 0xFD) << "a response, an error or an event";
+        }
+        // Every entry a list holds lies inside the address space, whatever it was given.
+        for (U32 e = 0; e < XCP0_ODT_LIST_SIZE; e++) {
+            const U8 c = Xcp0_OdtEntryCfgs[e];
+            const U32 size = (c & XCP_ODTENTRY_SINGLE_BIT) ? 1 : c;
+            if (c != 0 && Xcp0_OdtEntryAddrs[e] + size > EEEnd) {
+                ADD_FAILURE() << "entry " << e << " at " << Xcp0_OdtEntryAddrs[e];
+                return answers;
+            }
         }
         answers += m_sent.size();
     }
+    timer_test_set_clock(-1);
     return answers;
 }
 
@@ -357,13 +426,23 @@ TEST_F(XcpOnTheDash, RandomWritesStayInsideTheMappedFields)
     EEVariables_RAMShadow = EEVariables_DEFAULT;
     const RAMVariables_T ram = RAMVariables;
     std::mt19937 rng(20);
+    m_measurements = 0;
     EXPECT_GT(_storm(rng, 100000, true), 20000u);
+    EXPECT_GT(m_measurements, 100u) << "lists were built and ran";
     EXPECT_NE(memcmp(&EEVariables_RAMShadow, &EEVariables_DEFAULT, sizeof(EEVariables_T)), 0) << "writes happened";
     EXPECT_EQ(EEVariables_RAMShadow.uiCRC, EEVariables_DEFAULT.uiCRC);
     EXPECT_EQ(EEVariables_RAMShadow.ulEECounter, EEVariables_DEFAULT.ulEECounter);
     EXPECT_EQ(EEVariables_RAMShadow.EE_UniqID, EEVariables_DEFAULT.EE_UniqID);
     EXPECT_EQ(EEVariables_RAMShadow.Padding, EEVariables_DEFAULT.Padding);
     EXPECT_EQ(RAMEditVariables.INIT_RAM_Variables, 55);
+    // Whatever the storm left running stops with the session.
+    for (int pass = 0; pass < 4 * 40; pass++) Timed_Trigger_XCP();
+    EXPECT_EQ(Command({0xFF, 0x00}).size(), 1u);
+    EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
+    for (const Xcp_Daq_t& state : Xcp0_DaqStates) EXPECT_EQ(state.daqListMode & XCP_DAQLISTMODE_RUNNING, 0);
+    m_sent.clear();
+    for (int pass = 0; pass < 20; pass++) Timed_Trigger_XCP();
+    EXPECT_TRUE(m_sent.empty()) << "nothing sampled after DISCONNECT";
     RAMVariables = ram;
     EEVariables_RAMShadow = EEVariables_DEFAULT;
 }

@@ -34,6 +34,8 @@ void FakeAppReset(void)
     FakeApp.ecuPage = 0;
     FakeApp.timestamp = 0;
     FakeApp.connects = FakeApp.userConnects = FakeApp.disconnects = 0;
+    FakeApp.programResult = PROGRAM_INVALIDSTATE;
+    FakeApp.programmed.clear();
 }
 
 void FakeAppDeliverTxCallback(void)
@@ -58,9 +60,9 @@ Xcp_Addr_t XcpApp_ConvertAddress(U32 address, U8)
     return address;
 }
 
-BOOL XcpApp_IsRegionMeasurable(U32, U8, U32)
+BOOL XcpApp_IsRegionMeasurable(U32 address, U8, U32 numBytes)
 {
-    return TRUE;
+    return address < sizeof(FakeApp.memory) && numBytes <= sizeof(FakeApp.memory) - address;
 }
 
 void XcpApp_OnNormalCxn(U32)
@@ -183,4 +185,35 @@ Xcp_CalPageErr XcpApp_SetToolCalPageAllSegs(U8)
 U8 XcpApp_GetEcuCalPage(U8)
 {
     return FakeApp.ecuPage;
+}
+
+Xcp_ProgramState XcpApp_ProgramStart(Xcp_Addr_t)
+{
+    return FakeApp.programResult;
+}
+
+Xcp_ProgramState XcpApp_ProgramClear(Xcp_Addr_t, U32)
+{
+    return FakeApp.programResult;
+}
+
+Xcp_ProgramState XcpApp_Program(Xcp_Addr_t, U8 numBytes, const U8* bytes)
+{
+    FakeApp.programmed.insert(FakeApp.programmed.end(), bytes, bytes + numBytes);
+    return FakeApp.programResult;
+}
+
+Xcp_ProgramState XcpApp_ProgramReset(void)
+{
+    return FakeApp.programResult;
+}
+
+Xcp_ProgramState XcpApp_ProgramGetRequestState(void)
+{
+    return FakeApp.programResult;
+}
+
+Xcp_ProgramState XcpApp_ProgramPrepare(Xcp_Addr_t, U16)
+{
+    return FakeApp.programResult;
 }

@@ -27,6 +27,8 @@ struct FAKE_APP_T {
     uint8_t ecuPage;
     uint32_t timestamp;
     int connects, userConnects, disconnects;
+    Xcp_ProgramState programResult;       // of every programming request
+    std::vector<uint8_t> programmed;      // the bytes XcpApp_Program was given
 };
 extern FAKE_APP_T FakeApp;
 
