@@ -310,6 +310,20 @@ bool _readField(TOOL_T* t, const XCP_MAP_FIELD_T& f, uint32_t offset, uint32_t c
     return false;
 }
 
+// One session that reads the fields and prints each as NAME, `between`, its value.
+int _readAndPrint(TOOL_T* t, const std::vector<const XCP_MAP_FIELD_T*>& fields, const char* between)
+{
+    if (!_open(t)) return 1;
+    XCP_REPLY_T r;
+    if (!_connect(t, &r)) return _end(t, 1);
+    for (const XCP_MAP_FIELD_T* f : fields) {
+        std::vector<uint8_t> bytes;
+        if (!_readField(t, *f, 0, f->size, &bytes)) return _end(t, 1);
+        printf("%s%s%s\n", f->name, between, _value(*f, bytes).c_str());
+    }
+    return _end(t, 0);
+}
+
 int _read(TOOL_T* t, int argc, char** argv)
 {
     if (argc == 0) {
@@ -322,15 +336,7 @@ int _read(TOOL_T* t, int argc, char** argv)
         if (!f) return 2;
         fields.push_back(f);
     }
-    if (!_open(t)) return 1;
-    XCP_REPLY_T r;
-    if (!_connect(t, &r)) return _end(t, 1);
-    for (const XCP_MAP_FIELD_T* f : fields) {
-        std::vector<uint8_t> bytes;
-        if (!_readField(t, *f, 0, f->size, &bytes)) return _end(t, 1);
-        printf("%s = %s\n", f->name, _value(*f, bytes).c_str());
-    }
-    return _end(t, 0);
+    return _readAndPrint(t, fields, " = ");
 }
 
 bool _number(const char* text, uint32_t* value)
@@ -585,15 +591,7 @@ int _get(TOOL_T* t, int argc, char** argv)
     if (argc == 0)
         for (const XCP_MAP_FIELD_T& f : XcpMapFields)
             if (f.record == XCP_RECORD_EE) fields.push_back(&f);
-    if (!_open(t)) return 1;
-    XCP_REPLY_T r;
-    if (!_connect(t, &r)) return _end(t, 1);
-    for (const XCP_MAP_FIELD_T* f : fields) {
-        std::vector<uint8_t> bytes;
-        if (!_readField(t, *f, 0, f->size, &bytes)) return _end(t, 1);
-        printf("%s %s\n", f->name, _value(*f, bytes).c_str());
-    }
-    return _end(t, 0);
+    return _readAndPrint(t, fields, " ");
 }
 
 int _set(TOOL_T* t, int argc, char** argv)
