@@ -64,8 +64,6 @@ std::array<uint16_T, CAN_FRAME_COUNT> m_ages = [] {
     return ages;
 }();
 
-constexpr uint8_T PROFILE_COUNT = 3;
-
 // A step's frames by their places in CAN_FRAMES, found when the program is built.
 template <size_t N>
 struct FRAME_STEP_T {
@@ -119,11 +117,10 @@ static void _constants(void)
 // count that was last set.
 static void _profile(void)
 {
-    const EEVariables_T& ee = EEVariables_RAMShadow;
+    EEVariables_T& ee = EEVariables_RAMShadow;
     B.CURRENT_QUAD_SCREEN = ee.CURRENT_QUAD_SCREEN;
     B.ID_j = ee.USER_PROFILE;
-    if (ee.USER_PROFILE >= 1 && ee.USER_PROFILE <= PROFILE_COUNT)
-        B.ProfileGaugeCount = ee.PROFILE_GAUGE_COUNT[ee.USER_PROFILE - 1];
+    if (const uint8_T* count = ActiveProfileGaugeCount(ee)) B.ProfileGaugeCount = *count;
 }
 
 // The gauge words of the four cells of the page shown: a profile outside 1 to 3 shows the

@@ -155,6 +155,17 @@ struct EEVariables_T {
 };
 
 static_assert(sizeof(EEVariables_T) == 400);
+
+// The profiles a driver chooses from, USER_PROFILE 1 to 3.
+constexpr uint8_T PROFILE_COUNT = 3;
+
+// The page count of the active profile, or nullptr while USER_PROFILE names none.
+inline uint8_T* ActiveProfileGaugeCount(EEVariables_T& ee)
+{
+    return ee.USER_PROFILE >= 1 && ee.USER_PROFILE <= PROFILE_COUNT ? &ee.PROFILE_GAUGE_COUNT[ee.USER_PROFILE - 1]
+                                                                      : nullptr;
+}
+
 static_assert(offsetof(EEVariables_T, uiCRC) == 0);
 static_assert(offsetof(EEVariables_T, ulEECounter) == 4);
 static_assert(offsetof(EEVariables_T, EE_UniqID) == 8);

@@ -25,10 +25,8 @@ constexpr uint32_T SYNC_PERIOD_MS = 500;
 constexpr uint32_T MS_PER_DAY = 24u * 60 * 60 * 1000;
 
 char m_nameChars[LOG_NAME_SIZE];
-char m_timeChars[LOG_NAME_SIZE];
 char m_rowChars[LOG_ROW_SIZE];
 S_String m_fileName = {sizeof(m_nameChars), m_nameChars};
-S_String m_timeStamp = {sizeof(m_timeChars), m_timeChars};
 S_String m_row = {sizeof(m_rowChars), m_rowChars};
 
 struct PIECE_T {
@@ -147,15 +145,13 @@ void Timer_aUXrF(void)
 {
     if (!RAMVariables.LoggingActive || !B.LogicalOperator || !B.Start_Log || !B.Merge) return;
 
-    const uint32_T now = get_uptime_milliseconds();
-    snprintf(m_timeStamp.string, m_timeStamp.size, LOG_TIME_FORMAT, now / MS_PER_DAY + 1, now / 3600000 % 24,
-             now / 60000 % 60, now / 1000 % 60, now % 1000);
-
     // A row that does not fit is cut, but it keeps its line end: without it the next
     // row would run on in the same line and a reader would lose both.
+    const uint32_T now = get_uptime_milliseconds();
     char* const row = m_row.string;
     const uint32_T limit = m_row.size - 1;
-    uint32_T length = (uint32_T)snprintf(row, m_row.size, "%s", m_timeStamp.string);
+    uint32_T length = (uint32_T)snprintf(row, m_row.size, LOG_TIME_FORMAT, now / MS_PER_DAY + 1, now / 3600000 % 24,
+                                         now / 60000 % 60, now / 1000 % 60, now % 1000);
     for (size_t i = 0; i < LOG_COLUMN_COUNT; i++) length = _appendValue(row, length, limit, LogColumnValue(i));
     if (length >= limit) length = limit - 1;
     row[length++] = '\n';

@@ -78,7 +78,6 @@ struct IOBOARD_DATA_T {
     U32 receivedMask;
     U32 bootloaderVersion;
     U32 applicationVersion;
-    U32 hardwareVersion;
     U32 activeStreamMode;
     S32 streamStart;
     U32 referenceRatesSwitched;
@@ -95,7 +94,6 @@ struct IOBOARD_DATA_T {
     // Published values
     float supplyVoltage;
     float analogue[IOBOARD_NUMBER_ADC_MUX_CHANNELS];
-    float outputVoltage[IOBOARD_NUMBER_RELAY_OUTPUTS];
     BOOL switchState[IOBOARD_NUMBER_SWITCH_INPUTS];
     U16 switchCount[IOBOARD_NUMBER_SWITCH_INPUTS];
     BOOL extraSwitchState;
@@ -438,10 +436,7 @@ static void _voltagesFirst(FIELDS_T* f)
         if (!f->Word(&w.outputs[i].raw)) return;
     }
     if (!f->Word(&w.supplyRaw) || !f->Word(&w.commonReference)) return;
-    for (U32 i = 0; i < 4; i++) {
-        w.outputs[i].voltage = _outputVoltage(w.outputs[i].raw);
-        m_data.outputVoltage[i] = w.outputs[i].voltage;
-    }
+    for (U32 i = 0; i < 4; i++) w.outputs[i].voltage = _outputVoltage(w.outputs[i].raw);
     m_data.supplyVoltage = _outputVoltage(w.supplyRaw);
     if (m_data.productId == PLATFORM_ZELVO310) m_data.supplyVoltage += SMALL_DASH_SUPPLY_OFFSET;
     m_data.receivedMask |= RX_S;
@@ -454,10 +449,7 @@ static void _voltagesSecond(FIELDS_T* f)
     for (U32 i = 0; i < 4; i++) {
         if (!f->Word(&outputs[i].raw)) return;
     }
-    for (U32 i = 0; i < 4; i++) {
-        outputs[i].voltage = _outputVoltage(outputs[i].raw);
-        m_data.outputVoltage[4 + i] = outputs[i].voltage;
-    }
+    for (U32 i = 0; i < 4; i++) outputs[i].voltage = _outputVoltage(outputs[i].raw);
     m_data.receivedMask |= RX_R;
 }
 
@@ -585,7 +577,6 @@ static void _storeVersions(const VERSION_T& version)
     pthread_mutex_lock(&m_mutex);
     m_data.bootloaderVersion = version.bootloader;
     m_data.applicationVersion = version.application;
-    m_data.hardwareVersion = version.hardware;
     pthread_mutex_unlock(&m_mutex);
 }
 
@@ -921,7 +912,7 @@ BOOL ioboard_get_adc_mux_data(U32 channel, float* value)
 BOOL ioboard_get_relay_out_data(U32 channel, float* voltage)
 {
     const BOOL inRange = _outputChannel(channel);
-    return _published(m_data.outputVoltage[inRange ? channel - 1 : 0], voltage, -1.0f, inRange);
+    return _published(m_data.work.outputs[inRange ? channel - 1 : 0].voltage, voltage, -1.0f, inRange);
 }
 
 BOOL ioboard_get_switch_in_data(U32 channel, BOOL* closed, U16* count)

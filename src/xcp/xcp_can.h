@@ -12,7 +12,6 @@ constexpr U32 XCP0_CAN_TX_MSGID = 0x300;         // responses, errors, events
 constexpr U32 XCP0_CAN_DYNDAQ_MSGID = 0x300;     // DAQ lists without an identifier of their own
 constexpr U32 XCPCAN_INVALID_MSGID = 0xFFFFFFFFu;
 // An identifier word may hold a 29-bit identifier, marked by bit 31.
-constexpr U8 XCPCAN_ALLOW_EXTENDED_MSG_IDS = 1;
 constexpr U32 XCPCAN_EXTENDED_FLAG = 0x80000000u;
 // On the command identifier a lower first byte would be STIM data, not a command.
 constexpr U8 XCPCAN_MIN_CMD_PID = 0xC0;

@@ -176,11 +176,6 @@ U32 Xcp_PositiveResponse(Xcp_Packet_t* pTxPacket, U32* pTxPacketSize)
     return XCP_ACTION_DONE;
 }
 
-static U32 _numDaqLists(const Xcp_SessionCfg_t& cfg)
-{
-    return (U32)cfg.numStatDaqLists + cfg.maxDynDaqLists;
-}
-
 // ---- Session lifecycle -------------------------------------------------------------
 
 void Xcp_DoDisconnect(U32 sessionId)
@@ -188,15 +183,10 @@ void Xcp_DoDisconnect(U32 sessionId)
     const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
     Xcp_Session_t& session = Xcp_Sessions[sessionId];
     XcpApp_OnDisconnect(sessionId);
-    for (U32 list = 0; list < _numDaqLists(cfg); list++) Xcp_ResetDaqList(sessionId, list);
-    memset(cfg.pDaqDynConfigs, 0, sizeof(Xcp_DaqDynConfig_t) * cfg.maxDynDaqLists);
-    memset(cfg.pOdtEntryAddrs, 0, sizeof(Xcp_OdtEntryAddr_t) * cfg.totOdtEntries);
-    memset(cfg.pOdtEntryCfgs, 0, sizeof(Xcp_OdtEntryCfg_t) * cfg.totOdtEntries);
+    Xcp_FreeDaq(sessionId);
     session.sessionStatus = 0;
     session.isConnected = 0;
-    session.ctDaqListId = XCP_DAQLIST_UNDEF;
     session.downloadRemainBytes = 0;
-    session.numDynDaqLists = 0;
     session.unlockResource = 0;
     session.seedRemainBytes = 0;
     session.seedOrKey.pKey = nullptr;
@@ -222,7 +212,7 @@ static void Xcp_DoResume(U32 sessionId)
         nvIdx += sizeof(state);
         // A list this session cannot hold means the image is not ours: stop there.
         const U32 list = state.daqListId;
-        if (list >= (U32)cfg.numStatDaqLists + session.numDynDaqLists) break;
+        if (list >= Xcp_NumAllocatedDaqLists(cfg, session)) break;
         const Xcp_DaqCfg_t& daq = cfg.pDaqConfigs[list];
         if (state.maxOdtIdUsed >= daq.numOdt) break;
         Xcp_Daq_t& daqState = cfg.pDaqStates[list];
@@ -261,7 +251,7 @@ static void _storeDaq(U32 sessionId, U16 sessionConfigId)
     session.sessionCfgId = sessionConfigId;
     U32 nvIdx = cfg.nvStartIdx + sizeof(Xcp_NvSession_t);
     U16 numResume = 0;
-    for (U32 list = 0; list < (U32)cfg.numStatDaqLists + session.numDynDaqLists; list++) {
+    for (U32 list = 0; list < Xcp_NumAllocatedDaqLists(cfg, session); list++) {
         Xcp_Daq_t& daqState = cfg.pDaqStates[list];
         if (!(daqState.daqListMode & XCP_DAQLISTMODE_SELECTED)) continue;
         daqState.daqListMode = (U8)((daqState.daqListMode & ~XCP_DAQLISTMODE_SELECTED) | XCP_DAQLISTMODE_RESUME);
@@ -293,18 +283,18 @@ static void _storeDaq(U32 sessionId, U16 sessionConfigId)
 void Xcp_Initialize(void)
 {
     XcpCan_Initialize();
+    XcpApp_InitSeedKey();
     for (U32 sessionId = 0; sessionId < XCP_NUM_SESSIONS; sessionId++) {
         const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
         Xcp_Session_t& session = Xcp_Sessions[sessionId];
         session = Xcp_Session_t{};
-        memset(cfg.pDaqStates, 0, sizeof(Xcp_Daq_t) * _numDaqLists(cfg));
+        memset(cfg.pDaqStates, 0, sizeof(Xcp_Daq_t) * Xcp_NumDaqLists(cfg));
         memset(cfg.pDaqDynConfigs, 0, sizeof(Xcp_DaqDynConfig_t) * cfg.maxDynDaqLists);
         memset(cfg.pOdtEntryAddrs, 0, sizeof(Xcp_OdtEntryAddr_t) * cfg.totOdtEntries);
         memset(cfg.pOdtEntryCfgs, 0, sizeof(Xcp_OdtEntryCfg_t) * cfg.totOdtEntries);
         memset(cfg.pSegStates, 0, sizeof(Xcp_SegState_t) * cfg.numSegs);
         session.ctDaqListId = XCP_DAQLIST_UNDEF;
         session.ctResourceProtection = cfg.defResourceProtection;
-        XcpApp_InitSeedKey();
         for (U32 list = 0; list < cfg.numStatDaqLists; list++) Xcp_ResetDaqList(sessionId, list);
         if (cfg.nvStartIdx != XCP_INVALID_NV_IDX) Xcp_DoResume(sessionId);
     }
@@ -398,7 +388,7 @@ U32 Xcp_CmdGetStatus(U32 sessionId, Xcp_Packet_t*, Xcp_Packet_t* pTxPacket, U32,
     const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
     Xcp_Session_t& session = Xcp_Sessions[sessionId];
     session.sessionStatus &= (U8)~XCP_SESSION_STATE_DAQ_RUNNING;
-    for (U32 list = 0; list < _numDaqLists(cfg); list++)
+    for (U32 list = 0; list < Xcp_NumDaqLists(cfg); list++)
         if (cfg.pDaqStates[list].daqListMode & XCP_DAQLISTMODE_RUNNING)
             session.sessionStatus |= XCP_SESSION_STATE_DAQ_RUNNING;
     const Xcp_GetStatusResp_t resp = {XCP_PID_RESPONSE, (U8)(session.sessionStatus & XCP_STATUS_MASK),

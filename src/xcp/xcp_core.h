@@ -71,6 +71,17 @@ struct Xcp_Session_t {
 extern const Xcp_SessionCfg_t Xcp_SessionConfigs[XCP_NUM_SESSIONS];
 extern Xcp_Session_t Xcp_Sessions[XCP_NUM_SESSIONS];
 
+// The DAQ lists a session can hold: the static ones and room for the dynamic ones.
+inline U32 Xcp_NumDaqLists(const Xcp_SessionCfg_t& cfg)
+{
+    return (U32)cfg.numStatDaqLists + cfg.maxDynDaqLists;
+}
+// The DAQ lists a session has now: the static ones and the dynamic ones allocated.
+inline U32 Xcp_NumAllocatedDaqLists(const Xcp_SessionCfg_t& cfg, const Xcp_Session_t& session)
+{
+    return (U32)cfg.numStatDaqLists + session.numDynDaqLists;
+}
+
 // The resume image's header, at nvStartIdx.
 constexpr U32 XCP_NVMEM_MAGIC_NUMBER = 0xDEADBEEF;
 struct Xcp_NvSession_t {
@@ -92,12 +103,6 @@ struct XCP_PACKED Xcp_NvDaqState_t {
 };
 static_assert(sizeof(Xcp_NvDaqState_t) == 6);
 static_assert(offsetof(Xcp_NvDaqState_t, daqEvent) == 4);
-
-// Room for the header and every list with all its entries and its identifier.
-constexpr U32 XCP_NV_REGION_SIZE =
-    sizeof(Xcp_NvSession_t) +
-    XCP0_NUM_DAQ * (sizeof(Xcp_NvDaqState_t) + sizeof(Xcp_DaqDynConfig_t) +
-                    XCP0_NUM_ODT_DYNDAQ * XCP0_NUM_ODT_ENTRIES_DYNDAQ * (sizeof(Xcp_OdtEntryAddr_t) + 1) + 4);
 
 // Transport, session, and a resumed DAQ configuration if the store holds one.
 void Xcp_Initialize(void);

@@ -31,7 +31,7 @@ Xcp_DaqDynConfig_t Xcp0_DaqDynConfigs[XCP0_NUM_DYN_DAQ];
 void Xcp_ResetDaqList(U32 sessionId, U32 daqListId)
 {
     const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
-    if (daqListId >= (U32)cfg.numStatDaqLists + cfg.maxDynDaqLists) return;
+    if (daqListId >= Xcp_NumDaqLists(cfg)) return;
     const Xcp_DaqCfg_t& daq = cfg.pDaqConfigs[daqListId];
     Xcp_Daq_t& state = cfg.pDaqStates[daqListId];
     state.daqListMode = (daq.properties & XCP_DAQLISTPROPERTY_DAQ) ? 0 : XCP_DAQLISTMODE_DIRECTION;
@@ -179,7 +179,7 @@ U32 Xcp_Event(U32 eventId, U32 doStim)
     U32 flags = XCPEVENT_DAQSTIM_NOT_EXECUTED;
     for (U32 sessionId = 0; sessionId < XCP_NUM_SESSIONS; sessionId++) {
         const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
-        const U32 lists = (U32)cfg.numStatDaqLists + Xcp_Sessions[sessionId].numDynDaqLists;
+        const U32 lists = Xcp_NumAllocatedDaqLists(cfg, Xcp_Sessions[sessionId]);
         for (U32 list = 0; list < lists; list++) {
             const Xcp_Daq_t& state = cfg.pDaqStates[list];
             if (!(state.daqListMode & XCP_DAQLISTMODE_RUNNING) || state.daqEvent != eventId) continue;
@@ -217,7 +217,7 @@ enum : U8 { XCP_STOP = 0, XCP_START = 1, XCP_SELECT = 2 };
 struct DAQ_CTX_T {
     const Xcp_SessionCfg_t& cfg;
     Xcp_Session_t& session;
-    U32 numLists() const { return (U32)cfg.numStatDaqLists + session.numDynDaqLists; }
+    U32 numLists() const { return Xcp_NumAllocatedDaqLists(cfg, session); }
     bool dynamic(U32 list) const { return list >= cfg.numStatDaqLists; }
     Xcp_DaqDynConfig_t& dyn(U32 list) const { return cfg.pDaqDynConfigs[list - cfg.numStatDaqLists]; }
     bool running(U32 list) const { return cfg.pDaqStates[list].daqListMode & XCP_DAQLISTMODE_RUNNING; }
@@ -241,17 +241,21 @@ U32 _error(Xcp_Packet_t* pTxPacket, U8 code, U32* pTxPacketSize)
 
 }  // namespace
 
-U32 Xcp_CmdFreeDaq(U32 sessionId, Xcp_Packet_t*, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+void Xcp_FreeDaq(U32 sessionId)
 {
     const DAQ_CTX_T c = _ctx(sessionId);
-    for (U32 list = 0; list < (U32)c.cfg.numStatDaqLists + c.cfg.maxDynDaqLists; list++)
-        Xcp_ResetDaqList(sessionId, list);
+    for (U32 list = 0; list < Xcp_NumDaqLists(c.cfg); list++) Xcp_ResetDaqList(sessionId, list);
     memset(c.cfg.pDaqDynConfigs, 0, sizeof(Xcp_DaqDynConfig_t) * c.cfg.maxDynDaqLists);
     memset(c.cfg.pOdtEntryAddrs, 0, sizeof(Xcp_OdtEntryAddr_t) * c.cfg.totOdtEntries);
     memset(c.cfg.pOdtEntryCfgs, 0, sizeof(Xcp_OdtEntryCfg_t) * c.cfg.totOdtEntries);
     c.session.numDynDaqLists = 0;
     // The pointer pointed into lists that are gone.
     c.session.ctDaqListId = XCP_DAQLIST_UNDEF;
+}
+
+U32 Xcp_CmdFreeDaq(U32 sessionId, Xcp_Packet_t*, Xcp_Packet_t* pTxPacket, U32, U32* pTxPacketSize)
+{
+    Xcp_FreeDaq(sessionId);
     return Xcp_PositiveResponse(pTxPacket, pTxPacketSize);
 }
 
@@ -446,7 +450,7 @@ U32 Xcp_CmdGetDaqProcessorInfo(U32 sessionId, Xcp_Packet_t*, Xcp_Packet_t* pTxPa
     const Xcp_SessionCfg_t& cfg = Xcp_SessionConfigs[sessionId];
     const Xcp_GetDaqProcessorInfoResp_t resp = {XCP_PID_RESPONSE,
                                                 XCP_DAQ_PROPERTIES,
-                                                (U16)(cfg.numStatDaqLists + cfg.maxDynDaqLists),
+                                                (U16)Xcp_NumDaqLists(cfg),
                                                 (U16)XCP_NUM_EVENTS,
                                                 (U8)cfg.numStatDaqLists,
                                                 XCP_DAQ_KEY_BYTE};

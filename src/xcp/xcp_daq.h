@@ -90,7 +90,8 @@ U32 Xcp_StimProcessor(U32 daqListId, U32 sessionId, const Xcp_SessionCfg_t* pSes
 U32 Xcp_GetTimestamp(const Xcp_SessionCfg_t* pSessionCfg, U8* dest);
 
 #define Xcp_DoDaqForEvent(eventId) Xcp_Event((eventId), 0)
-#define Xcp_DoStimForEvent(eventId) Xcp_Event((eventId), 1)
+// Every list reset and the dynamic ones freed, the DAQ pointer with them.
+void Xcp_FreeDaq(U32 sessionId);
 
 // The commands that build, start and describe the lists; all need DAQ unlocked.
 U32 Xcp_CmdClearDaqList(U32 sessionId, Xcp_Packet_t* pRxPacket, Xcp_Packet_t* pTxPacket, U32 prevCmd,

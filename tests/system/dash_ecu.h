@@ -60,18 +60,20 @@ public:
     void Send(const std::vector<std::string>& frames, int seconds = 120)
     {
         Stop();
+        std::vector<std::vector<std::string>> turns(frames.size());
+        for (size_t i = 0; i < frames.size(); i++) {
+            for (size_t at = 0, bar; at <= frames[i].size(); at = bar + 1) {
+                bar = frames[i].find('|', at);
+                if (bar == std::string::npos) bar = frames[i].size();
+                turns[i].push_back(frames[i].substr(at, bar - at));
+            }
+        }
         std::string log;
         char line[64];
         for (int tick = 0; tick < seconds * 10; tick++) {
             for (size_t i = 0; i < frames.size(); i++) {
                 const int us = (tick % 10) * 100000 + (int)(i % 10) * 10000;
-                std::vector<std::string> turns;
-                for (size_t at = 0, bar; at <= frames[i].size(); at = bar + 1) {
-                    bar = frames[i].find('|', at);
-                    if (bar == std::string::npos) bar = frames[i].size();
-                    turns.push_back(frames[i].substr(at, bar - at));
-                }
-                const std::string& frame = turns[(size_t)tick % turns.size()];
+                const std::string& frame = turns[i][(size_t)tick % turns[i].size()];
                 snprintf(line, sizeof(line), "(%d.%06d) can0 %s\n", 1000 + tick / 10, us, frame.c_str());
                 log += line;
             }

@@ -159,10 +159,10 @@ protected:
 TEST_F(IoBoard, InitFileIsFlashedVerifiedAndKeptAcrossARestart)
 {
     const std::string file = root.Read("app/bin/ioboard0.bin");
-    ASSERT_EQ(file.size(), IOBOARD_FILE_SIZE);
+    ASSERT_EQ(file.size(), IOBOARD_FIRMWARE_SIZE);
     const uint8_t* image = reinterpret_cast<const uint8_t*>(file.data());
-    const unsigned length = image[IOBOARD_LENGTH_OFFSET] << 8 | image[IOBOARD_LENGTH_OFFSET + 1];
-    const unsigned sum = image[IOBOARD_CHECKSUM_OFFSET] << 8 | image[IOBOARD_CHECKSUM_OFFSET + 1];
+    const unsigned length = image[IOBOARD_FIRMWARE_LENGTH_OFFSET] << 8 | image[IOBOARD_FIRMWARE_LENGTH_OFFSET + 1];
+    const unsigned sum = image[IOBOARD_FIRMWARE_CHECKSUM_OFFSET] << 8 | image[IOBOARD_FIRMWARE_CHECKSUM_OFFSET + 1];
     EXPECT_EQ(ioboard_image_sum(image, length), sum) << "init's file carries a right checksum";
 
     // Reset and the version check: the factory application is older than the file.
@@ -172,7 +172,7 @@ TEST_F(IoBoard, InitFileIsFlashedVerifiedAndKeptAcrossARestart)
     ASSERT_EQ(version.size(), 17u) << version;  // the 20-character form with its checksum
     EXPECT_EQ(version[3], 'b');
     EXPECT_EQ(Hex(version, 5, 2), 2u);
-    EXPECT_LT(Hex(version, 10, 2), image[IOBOARD_VERSION_OFFSET]);
+    EXPECT_LT(Hex(version, 10, 2), image[IOBOARD_FIRMWARE_VERSION_OFFSET]);
 
     std::vector<std::string> erase, program;
     char body[32];
@@ -205,7 +205,7 @@ TEST_F(IoBoard, InitFileIsFlashedVerifiedAndKeptAcrossARestart)
     line->Send("$x");
     line->Send("$W");
     char expected[32];
-    snprintf(expected, sizeof(expected), "$W,m,%02X,b,02,h,10", image[IOBOARD_VERSION_OFFSET]);
+    snprintf(expected, sizeof(expected), "$W,m,%02X,b,02,h,10", image[IOBOARD_FIRMWARE_VERSION_OFFSET]);
     EXPECT_EQ(line->Next('W'), expected);
 
     // A power cycle: the board comes back with what was written.
@@ -213,7 +213,7 @@ TEST_F(IoBoard, InitFileIsFlashedVerifiedAndKeptAcrossARestart)
     Start();
     const std::string status = Control("status");
     EXPECT_NE(status.find("\"mode\":\"application\",\"bootloader\":2,\"application\":" +
-                          std::to_string(image[IOBOARD_VERSION_OFFSET])),
+                          std::to_string(image[IOBOARD_FIRMWARE_VERSION_OFFSET])),
               std::string::npos)
         << status;
 }

@@ -104,7 +104,7 @@ TEST(MenusEndToEnd, BoostStageReachesTheEcuAndSurvivesAPowerCycle)
         ASSERT_EQ(RunProgram(BinPath("motordash-sim"), {"key", root.Path(), "4", "release"}), 0);
         const double released = tool_realtime_s();  // the key line is up from here
         const int64_t releasedMs = NowMs();
-        while (StoredBoost(root) != 2 && NowMs() < releasedMs + 3000) usleep(20000);
+        WaitUntil([&] { return StoredBoost(root) == 2; }, 3000);
         const int64_t storedMs = NowMs();
         int status = 0;
         ASSERT_TRUE(dump.Wait(10000, &status));

@@ -138,9 +138,9 @@ bool _bootloader(IOBOARD_T* b, char letter, const std::vector<std::string>& fiel
     long v[2];
     if (letter == 'e' && _hexFields(fields, 1, 0xFFFF, v)) {
         const long offset = v[0] - IOBOARD_FLASH_START;
-        const bool ok = offset >= 0 && offset < (long)IOBOARD_FLASH_SIZE && offset % IOBOARD_SECTOR_SIZE == 0;
+        const bool ok = offset >= 0 && offset < (long)IOBOARD_FLASH_SIZE && offset % IOBOARD_FLASH_SECTOR_SIZE == 0;
         if (ok) {
-            memset(b->flash + offset, 0xFF, IOBOARD_SECTOR_SIZE);
+            memset(b->flash + offset, 0xFF, IOBOARD_FLASH_SECTOR_SIZE);
             b->sectorsErased++;
         }
         _emit(out, "$e,%d", ok ? 0 : 1);

@@ -6,28 +6,19 @@
 #include <cstdint>
 #include <string>
 
-// The file: program bytes, then the version, the checksum and the length it covers,
-// both most significant byte first, then an unused tail.
-constexpr size_t IOBOARD_FILE_SIZE = 33792;
-constexpr size_t IOBOARD_VERSION_OFFSET = 32251;
-constexpr size_t IOBOARD_CHECKSUM_OFFSET = 32252;
-constexpr size_t IOBOARD_LENGTH_OFFSET = 32254;
+#include "ioboard_fw.h"
 
-// The flash area that file offsets 0 to 32255 are written to, in 42 sectors.
-constexpr uint32_t IOBOARD_FLASH_START = 0x7C00;
-constexpr uint32_t IOBOARD_SECTOR_SIZE = 0x300;
+// The file and the flash area are the dash's own (ioboard_fw.h); the board keeps the
+// area that file offsets 0 to 32255 are written to, in 42 sectors.
 constexpr uint32_t IOBOARD_SECTORS = 42;
-constexpr uint32_t IOBOARD_FLASH_SIZE = IOBOARD_SECTOR_SIZE * IOBOARD_SECTORS;
-static_assert(IOBOARD_FLASH_SIZE == IOBOARD_LENGTH_OFFSET + 2);
-static_assert(IOBOARD_FLASH_START + IOBOARD_FLASH_SIZE - 1 == 0xF9FF);
-
-// The application version a bootloader reports when no valid application is there.
-constexpr uint8_t IOBOARD_NO_APPLICATION = 255;
+constexpr uint32_t IOBOARD_FLASH_SIZE = IOBOARD_FLASH_SECTOR_SIZE * IOBOARD_SECTORS;
+static_assert(IOBOARD_FLASH_SIZE == IOBOARD_FIRMWARE_LENGTH_OFFSET + 2);
+static_assert(IOBOARD_FLASH_START + IOBOARD_FLASH_SIZE - 1 == IOBOARD_FLASH_END);
 
 // The 16-bit sum of `length` bytes.
 uint16_t ioboard_image_sum(const uint8_t* data, size_t length);
 
-// A plausible firmware file of `version` into file[IOBOARD_FILE_SIZE]: `programBytes`
+// A plausible firmware file of `version` into file[IOBOARD_FIRMWARE_SIZE]: `programBytes`
 // bytes of code (different for each seed), erased flash (0xFF) behind them, and a
 // checksum over the code and the version byte.
 void ioboard_image_make(uint8_t* file, uint8_t version, size_t programBytes, uint32_t seed);

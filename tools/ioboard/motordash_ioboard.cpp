@@ -96,7 +96,7 @@ uint8_t* _mapFlash(const std::string& path)
     struct stat st;
     if (fd < 0 || fstat(fd, &st) != 0) return nullptr;
     if (st.st_size == 0) {
-        std::vector<uint8_t> image(IOBOARD_FILE_SIZE);
+        std::vector<uint8_t> image(IOBOARD_FIRMWARE_SIZE);
         ioboard_image_make(image.data(), IOBOARD_FACTORY_VERSION, IOBOARD_TYPICAL_CODE_BYTES, 1);
         if (pwrite(fd, image.data(), IOBOARD_FLASH_SIZE, 0) != (ssize_t)IOBOARD_FLASH_SIZE) {
             close(fd);

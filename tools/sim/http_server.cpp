@@ -84,16 +84,6 @@ struct CONNECTIONS_T {
 };
 CONNECTIONS_T m_connections;
 
-void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop);
-
-void _serveAndCount(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop)
-{
-    _serveConnection(fd, handler, ctx, stop);
-    std::lock_guard<std::mutex> guard(m_connections.lock);
-    m_connections.open--;
-    m_connections.ended.notify_all();
-}
-
 void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atomic<bool>* stop)
 {
     std::string buffer, head;
@@ -148,6 +138,9 @@ void _serveConnection(int fd, HTTP_HANDLER_T handler, void* ctx, const std::atom
         if (!sent) break;
     }
     close(fd);
+    std::lock_guard<std::mutex> guard(m_connections.lock);
+    m_connections.open--;
+    m_connections.ended.notify_all();
 }
 
 }  // namespace
@@ -185,7 +178,7 @@ void http_serve(int listenFd, HTTP_HANDLER_T handler, void* ctx, const std::atom
             std::lock_guard<std::mutex> guard(m_connections.lock);
             m_connections.open++;
         }
-        std::thread(_serveAndCount, fd, handler, ctx, stop).detach();
+        std::thread(_serveConnection, fd, handler, ctx, stop).detach();
     }
     // Each connection sees the stop within half a second of waiting for a request.
     std::unique_lock<std::mutex> guard(m_connections.lock);

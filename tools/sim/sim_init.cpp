@@ -121,7 +121,7 @@ bool sim_make_root(const std::string& base, const char* productName, std::string
     const std::string firmware = ioboard_image_path(base, product->id);
     struct stat st;
     if (stat(firmware.c_str(), &st) != 0) {
-        std::vector<uint8_t> image(IOBOARD_FILE_SIZE);
+        std::vector<uint8_t> image(IOBOARD_FIRMWARE_SIZE);
         ioboard_image_make(image.data(), IOBOARD_INIT_VERSION, IOBOARD_TYPICAL_CODE_BYTES, product->id + 2);
         if (!_write(firmware, image.data(), image.size())) failed = firmware;
     }

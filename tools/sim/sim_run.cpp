@@ -172,13 +172,26 @@ void _endBoard(void)
     m_sim.board = -1;
 }
 
-std::string _powerCycle(void)
+// The device off: the dash, then the board. On: the board first, whose line the dash
+// probes at its start.
+void _powerOff(void)
 {
     _end(m_sim.dash, 3000);
+    m_sim.dash = -1;
     _endBoard();
-    m_sim.powerCycles++;
+}
+
+void _powerOn(void)
+{
     _startBoard();
     _startDash();
+}
+
+std::string _powerCycle(void)
+{
+    _powerOff();
+    m_sim.powerCycles++;
+    _powerOn();
     printf("motordash-sim: power cycle %u\n", m_sim.powerCycles);
     return "";
 }
@@ -383,14 +396,11 @@ std::string _post(const std::string& path)
     if (path.rfind("/api/product/", 0) == 0) {
         const std::string product = path.substr(13);
         if (product != "310" && product != "720") return "product 310 or 720";
-        _end(m_sim.dash, 3000);
-        m_sim.dash = -1;
-        _endBoard();
+        _powerOff();
         std::string error;
         if (!sim_make_root(m_sim.root, product.c_str(), &error)) return error;
         m_sim.product = product;
-        _startBoard();
-        _startDash();
+        _powerOn();
         return "";
     }
     return "?";
@@ -607,8 +617,7 @@ int sim_run(int argc, char** argv)
         return 1;
     }
     std::thread ecu(_ecuThread);
-    _startBoard();
-    _startDash();
+    _powerOn();
     std::thread http(http_serve, listener, _handle, nullptr, &m_sim.stop);
     printf("motordash-sim: the dash (Zelvo%s) runs in %s\n", m_sim.product.c_str(), m_sim.root.c_str());
     printf("motordash-sim: open http://127.0.0.1:%ld/ to see its screen and press its keys; Ctrl-C ends it\n", port);
@@ -633,9 +642,7 @@ int sim_run(int argc, char** argv)
     printf("motordash-sim: ending\n");
     {
         std::lock_guard<std::mutex> guard(m_sim.lock);
-        _end(m_sim.dash, 3000);
-        m_sim.dash = -1;
-        _endBoard();
+        _powerOff();
     }
     http.join();
     ecu.join();

@@ -42,8 +42,6 @@ const char* const USAGE =
     "                   dash's time stamp in ms then a column each; event 0 or 1 every\n"
     "                   10 ms, 2 (the default) every 100 ms; until S seconds or Ctrl-C\n";
 
-constexpr uint8_t XCPCAN_GET_SLAVE_ID = 0xFF;
-
 struct TOOL_T {
     XCP_MASTER_T master;
     const char* root = nullptr;
@@ -152,8 +150,10 @@ void _failed(const TOOL_T& t, const char* what, const XCP_REPLY_T& r)
         fprintf(stderr, "motordash-xcp: is the dash running on %s?\n", t.root ? t.root : t.iface);
 }
 
+// Opens the link and connects; false with a message on either.
 bool _connect(TOOL_T* t, XCP_REPLY_T* r)
 {
+    if (!_open(t)) return false;
     *r = XcpMasterConnect(&t->master);
     t->connected = r->status == XCP_MASTER_OK && r->packet.size() == 8;
     if (t->connected) return true;
@@ -176,7 +176,7 @@ int _probe(TOOL_T* t, int argc, char**)
         return 2;
     }
     if (!_open(t)) return 1;
-    const uint8_t identify[] = {XCP_CMD_TRANSPORT_LAYER_CMD, XCPCAN_GET_SLAVE_ID, 'X', 'C', 'P', 0};
+    const uint8_t identify[] = {XCP_CMD_TRANSPORT_LAYER_CMD, XCPCAN_CMD_GET_SLAVE_ID, 'X', 'C', 'P', 0};
     if (!XcpMasterSendFrame(&t->master, t->master.broadcastId, identify, sizeof(identify))) {
         fprintf(stderr, "motordash-xcp: cannot send on the bus\n");
         return 1;
@@ -228,7 +228,6 @@ int _info(TOOL_T* t, int argc, char**)
         fputs(USAGE, stderr);
         return 2;
     }
-    if (!_open(t)) return 1;
     XCP_REPLY_T r;
     if (!_connect(t, &r)) return _end(t, 1);
     const std::vector<uint8_t> c = r.packet;
@@ -313,7 +312,6 @@ bool _readField(TOOL_T* t, const XCP_MAP_FIELD_T& f, uint32_t offset, uint32_t c
 // One session that reads the fields and prints each as NAME, `between`, its value.
 int _readAndPrint(TOOL_T* t, const std::vector<const XCP_MAP_FIELD_T*>& fields, const char* between)
 {
-    if (!_open(t)) return 1;
     XCP_REPLY_T r;
     if (!_connect(t, &r)) return _end(t, 1);
     for (const XCP_MAP_FIELD_T* f : fields) {
@@ -356,7 +354,6 @@ int _dump(TOOL_T* t, int argc, char** argv)
         fputs(USAGE, stderr);
         return 2;
     }
-    if (!_open(t)) return 1;
     XCP_REPLY_T r;
     if (!_connect(t, &r)) return _end(t, 1);
     std::vector<uint8_t> bytes;
@@ -465,7 +462,6 @@ int _unlockCommand(TOOL_T* t, int argc, char** argv)
     }
     uint32_t secrets[4];
     if (!_secrets(*t, secrets)) return 2;
-    if (!_open(t)) return 1;
     XCP_REPLY_T r;
     if (!_connect(t, &r)) return _end(t, 1);
     for (int resource : which) {
@@ -518,7 +514,6 @@ bool _encode(const XCP_MAP_FIELD_T& f, const char* text, std::vector<uint8_t>* o
 // Connected, with CAL/PAG unlocked and the writes' block mode known.
 bool _calibrate(TOOL_T* t, const uint32_t secrets[4])
 {
-    if (!_open(t)) return false;
     XCP_REPLY_T r;
     if (!_connect(t, &r)) return false;
     XcpMasterCommModeInfo(&t->master);
@@ -659,7 +654,6 @@ int _daq(TOOL_T* t, int argc, char** argv)
     }
     uint32_t secrets[4];
     if (!_secrets(*t, secrets)) return 2;
-    if (!_open(t)) return 1;
     XCP_REPLY_T r;
     if (!_connect(t, &r) || !_unlock(t, 1, secrets)) return _end(t, 1);
     r = XcpMasterDaqStart(&t->master, addrs, sizes, (uint8_t)event);

@@ -68,7 +68,6 @@ const char* const m_optionalCmds[] = {
 
 void _interface(std::string* out)
 {
-    const XCP_MASTER_T ids;  // the identifiers every master of this dash uses
     _add(out, "    /begin IF_DATA XCP\n");
     _add(out, "      /begin PROTOCOL_LAYER 0x0100 1000 1000 0 0 0 0 0 %u %u BYTE_ORDER_MSB_LAST "
               "ADDRESS_GRANULARITY_BYTE\n", (unsigned)XCP0_MAXCTO, (unsigned)XCP0_MAXDTO);
@@ -85,7 +84,8 @@ void _interface(std::string* out)
              m_events[e].shortName, e, (unsigned)XCP0_NUM_DAQ, m_events[e].cycleMs, XCP_TIME_UNIT_1MS);
     _add(out, "      /end DAQ\n");
     _add(out, "      /begin XCP_ON_CAN 0x0100 CAN_ID_BROADCAST 0x%03X CAN_ID_MASTER 0x%03X CAN_ID_SLAVE 0x%03X "
-              "BAUDRATE %u /end XCP_ON_CAN\n", ids.broadcastId, ids.cmdId, ids.respId, CAN_BITRATE);
+              "BAUDRATE %u /end XCP_ON_CAN\n", XCP0_CAN_BROADCAST_MSGID, XCP0_CAN_RX_MSGID, XCP0_CAN_TX_MSGID,
+         CAN_BITRATE);
     _add(out, "    /end IF_DATA\n");
 }
 

@@ -13,6 +13,7 @@
 #include "SeednKey.h"
 #include "can_bus.h"
 #include "tool_clock.h"
+#include "xcp_daq.h"
 #include "xcp_types.h"
 
 namespace {
@@ -266,9 +267,7 @@ std::string XcpMasterDescribe(const XCP_MASTER_T& m, const XCP_REPLY_T& reply)
 
 namespace {
 
-constexpr uint8_t DAQ_ODTS = 8;
 constexpr uint8_t DAQ_TIMESTAMP_BYTES = 4;
-constexpr uint8_t DAQ_MODE_TIMESTAMP = 0x10;
 constexpr uint8_t DAQ_START = 1, DAQ_SELECT = 2, DAQ_STOP_ALL = 0;
 
 }  // namespace
@@ -278,14 +277,14 @@ bool XcpMasterDaqLayout(const std::vector<uint8_t>& sizes, std::vector<XCP_DAQ_P
     places->clear();
     // Each variable in the first frame with room for it: a frame holds eight bytes and
     // seven entries, the first frame a PID and a time stamp before them.
-    uint8_t used[DAQ_ODTS], entries[DAQ_ODTS] = {};
-    for (uint8_t odt = 0; odt < DAQ_ODTS; odt++) used[odt] = odt == 0 ? 1 + DAQ_TIMESTAMP_BYTES : 1;
+    uint8_t used[XCP0_NUM_ODT_DYNDAQ], entries[XCP0_NUM_ODT_DYNDAQ] = {};
+    for (uint8_t odt = 0; odt < XCP0_NUM_ODT_DYNDAQ; odt++) used[odt] = odt == 0 ? 1 + DAQ_TIMESTAMP_BYTES : 1;
     *numOdt = 0;
     for (uint8_t size : sizes) {
         if (size == 0 || size > 7) return false;
         uint8_t odt = 0;
-        while (odt < DAQ_ODTS && (used[odt] + size > 8 || entries[odt] == 7)) odt++;
-        if (odt == DAQ_ODTS) return false;
+        while (odt < XCP0_NUM_ODT_DYNDAQ && (used[odt] + size > XCP0_MAXDTO || entries[odt] == XCP0_NUM_ODT_ENTRIES_DYNDAQ)) odt++;
+        if (odt == XCP0_NUM_ODT_DYNDAQ) return false;
         places->push_back({odt, used[odt]});
         used[odt] = (uint8_t)(used[odt] + size);
         entries[odt]++;
@@ -325,7 +324,7 @@ XCP_REPLY_T XcpMasterDaqStart(XCP_MASTER_T* m, const std::vector<uint32_t>& addr
         commands.push_back({XCP_CMD_SET_DAQ_PTR, 0, 0, 0, odt, 0});
         commands.insert(commands.end(), entries[odt].begin(), entries[odt].end());
     }
-    commands.push_back({XCP_CMD_SET_DAQ_LIST_MODE, DAQ_MODE_TIMESTAMP, 0, 0, event, 0, 1, 0});
+    commands.push_back({XCP_CMD_SET_DAQ_LIST_MODE, XCP_DAQLISTMODE_TIMESTAMP, 0, 0, event, 0, 1, 0});
     commands.push_back({XCP_CMD_START_STOP_DAQ_LIST, DAQ_SELECT, 0, 0});
     commands.push_back({XCP_CMD_START_STOP_SYNCH, DAQ_START});
     XCP_REPLY_T r = _reply(XCP_MASTER_OK);

@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "xcp_can.h"
+
 struct XCP_MASTER_T {
     int fd = -1;
     int timeoutMs = 1000;  // for each response frame
-    uint32_t broadcastId = 0x100;
-    uint32_t cmdId = 0x200;
-    uint32_t respId = 0x300;
+    uint32_t broadcastId = XCP0_CAN_BROADCAST_MSGID;
+    uint32_t cmdId = XCP0_CAN_RX_MSGID;
+    uint32_t respId = XCP0_CAN_TX_MSGID;
     // How a write of more than one frame goes: as one block of frames without answers
     // (GET_COMM_MODE_INFO tells whether the slave takes them, and how far apart), or
     // frame by frame.

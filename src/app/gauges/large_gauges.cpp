@@ -106,12 +106,12 @@ static void _valueNeedle(const LARGE_FACE_T& f, real_T v, real_T min, real_T max
 
 static void _bigValue(S32 x, S32 y, const S_String* text, U32 size)
 {
-    GaugeLabel(x, y, GaugeText(text), size, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
+    GaugeLabel(x, y, SStringText(text), size, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
 }
 
 static void _smallText(S32 x, S32 y, const S_String* text, U32 size)
 {
-    GaugeLabel(x, y, GaugeText(text), size, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, WHITE_TEXT, LAYER2);
+    GaugeLabel(x, y, SStringText(text), size, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, WHITE_TEXT, LAYER2);
 }
 
 static void _tachometer(void)
@@ -183,12 +183,12 @@ static void _largeDial(const LARGE_ROW_T& r)
         // Low on the left, peak on the right, however the axis runs.
         _green(6, 132, g.leftLabel, 14);
         _green(r.rightLabelX, 132, g.rightLabel, 14);
-        _green(10, 110, GaugeText(B.*g.lowText), 17);
-        _green(289, 110, GaugeText(B.*g.peakText), 17);
+        _green(10, 110, SStringText(B.*g.lowText), 17);
+        _green(289, 110, SStringText(B.*g.peakText), 17);
     } else {
         GaugeLabel(6, 4, r.corner, r.cornerSize, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, WHITE_TEXT, LAYER1);
         if (r.info) _smallText(2, 25, B.*r.info, 18);
-        if (r.peakText) _green(270, 140, GaugeText(B.*g.peakText), 20);
+        if (r.peakText) _green(270, 140, SStringText(B.*g.peakText), 20);
     }
     _bigValue(265, 174, B.*g.valueText, 60);
 }
@@ -269,7 +269,7 @@ static void _doubleWide(S32 y)
     for (S32 n = 0; n < 6; n++) {
         const LINE_T& l = lines[n];
         const S32 row = y + 1 + 19 * n;
-        _tableText(310, row, GaugeText(l.value), RIGHT_TXT);
+        _tableText(310, row, SStringText(l.value), RIGHT_TXT);
         const char* label =
             *l.unit ? Velnor_Dorvik_V6c_Subsystem_m(l.name, l.unit) : Velnor_Dorvik_V6c_Subsystem1(l.name);
         _tableText(8, row, label, LEFT_TXT);

@@ -216,11 +216,6 @@ GAUGE_TIP_T GaugeNeedleTip(const GAUGE_ARC_T& arc, S32 cx, S32 cy, real_T v, rea
     return {(S32)std::floor(std::cos(a) * arc.radius + cx), (S32)std::floor(std::sin(a) * arc.radius + cy)};
 }
 
-const char* GaugeText(const S_String* text)
-{
-    return text && text->string ? text->string : "";
-}
-
 void GaugeLabel(S32 x, S32 y, const char* text, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h, FTF_VERTICAL_ALIGNMENT_T v,
                 U16 colour, LAYER_T layer)
 {
@@ -236,7 +231,7 @@ void GaugeScaleNumber(S32 x, S32 y, real_T value, uint8_T decimals, U32 size, FT
 
 static const char* _text(const QUAD_TEXT_T& t)
 {
-    return t.field ? GaugeText(Velnor_Dorvik_V6c_B.*t.field) : t.fixed;
+    return t.field ? SStringText(Velnor_Dorvik_V6c_B.*t.field) : t.fixed;
 }
 
 GAUGE_TITLE_T QuadGaugeTitle(size_t index)
@@ -308,10 +303,10 @@ static void _dial(size_t index, S32 x, S32 y)
         GaugeLabel(x + 6, y + 69, g.leftLabel, 10, LEFT_TXT, VERTICAL_ALIGNMENT_CENTRE, GREEN, LAYER2);
     }
     if (g.peakText)
-        GaugeLabel(x + 134, y + 55, GaugeText(b.*g.peakText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
+        GaugeLabel(x + 134, y + 55, SStringText(b.*g.peakText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
     if (g.lowText)
-        GaugeLabel(x + 7, y + 55, GaugeText(b.*g.lowText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
-    GaugeLabel(x + 92, y + 87, GaugeText(b.*g.valueText), 24, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
+        GaugeLabel(x + 7, y + 55, SStringText(b.*g.lowText), 10, LEFT_TXT, VERTICAL_ALIGNMENT_TOP, GREEN, LAYER2);
+    GaugeLabel(x + 92, y + 87, SStringText(b.*g.valueText), 24, RIGHT_TXT, VERTICAL_ALIGNMENT_TOP, YELLOW, LAYER2);
 }
 
 // The element of a panel in the cell whose corner is x, y.
@@ -334,7 +329,7 @@ static void _gear(S32 x, S32 y)
     const uint32_T id = _panelElement(QUAD_GEAR, x, y);
     ElementFillPrevRect(id, ALPHA_COLOR, LAYER2);
     _panelText(id, x + 80, y + 5, "CALCULATED GEAR", 12, WHITE_TEXT);
-    _panelText(id, x + 50, y + 7, GaugeText(Velnor_Dorvik_V6c_B.ValueString_dm), 110, YELLOW);
+    _panelText(id, x + 50, y + 7, SStringText(Velnor_Dorvik_V6c_B.ValueString_dm), 110, YELLOW);
     outimageExEle(id, x + 100, y + 68, &image_qMjyV, 100, ALPHA_OVERWRITE, LAYER2);
 }
 
@@ -356,8 +351,8 @@ static void _customInfo(S32 x, S32 y)
     char text[PANEL_LINE_SIZE];
     for (S32 n = 0; n < 6; n++) {
         const LINE_T& l = lines[n];
-        if (l.unit) snprintf(text, sizeof(text), "%s : %s %s", l.name, GaugeText(l.value), GaugeText(l.unit));
-        else snprintf(text, sizeof(text), "%s : %s", l.name, GaugeText(l.value));
+        if (l.unit) snprintf(text, sizeof(text), "%s : %s %s", l.name, SStringText(l.value), SStringText(l.unit));
+        else snprintf(text, sizeof(text), "%s : %s", l.name, SStringText(l.value));
         _panelText(id, x + 80, y + 5 + 19 * n, text, 11, WHITE_TEXT);
     }
 }

@@ -97,8 +97,6 @@ struct GAUGE_TIP_T {
 // The tip of a needle at v on the arc about (cx, cy).
 GAUGE_TIP_T GaugeNeedleTip(const GAUGE_ARC_T& arc, S32 cx, S32 cy, real_T v, real_T min, real_T max);
 
-// The text of a record; "" for none.
-const char* GaugeText(const S_String* text);
 // A text of the gauges: font 0, no extra spacing, opacity 100; an empty one draws nothing.
 void GaugeLabel(S32 x, S32 y, const char* text, U32 size, FTF_HORIZONTAL_ALIGNMENT_T h, FTF_VERTICAL_ALIGNMENT_T v,
                 U16 colour, LAYER_T layer);

@@ -57,6 +57,6 @@ void Screen_Faults_Update(void)
     }
     const real_T count = FaultCount();
     if (count == 0 && B.s_NOFAULTS) _line(id, FIRST_LINE_Y, B.s_NOFAULTS->string, LAYER2);
-    snprintf(m_countText, sizeof(m_countText), "%s: %1.0f", B.s_FAULTS ? B.s_FAULTS->string : "", count);
+    snprintf(m_countText, sizeof(m_countText), "%s: %1.0f", SStringText(B.s_FAULTS), count);
     ListScreenText(id, 280, 3, m_countText, CENTER_TXT, 0, 0xFFFE, LAYER2);
 }

@@ -44,7 +44,7 @@ void Screen_Knock_Update(void)
         const CYLINDER_T& c = m_cylinders[n];
         const S_String* low = B.*c.low;
         const S32 y = 47 + 15 * n;
-        ListScreenText(id, 310, y, low ? low->string : "", RIGHT_TXT, 1, c.colour, LAYER2);
+        ListScreenText(id, 310, y, SStringText(low), RIGHT_TXT, 1, c.colour, LAYER2);
         ListScreenText(id, 10, y, c.label, LEFT_TXT, 1, c.colour, LAYER2);
     }
 }

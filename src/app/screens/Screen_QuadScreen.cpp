@@ -127,8 +127,8 @@ void QuadScreenStatusWords(void)
 
 void Screen_QuadScreen_Update(void)
 {
-    vLcdBlankerEx(0, 65535);
-    outimageEx(0, 0, &image_NZET6, 100, ALPHA_INVARIANT, LAYER1);
+    // The page is drawn whole on every update: its ground first, as Create lays it.
+    Screen_QuadScreen_Create();
     _cells();
     if (RAMVariables.EditMode) _badge();
     QuadScreenStatusWords();

@@ -45,16 +45,6 @@ void _stepKeyFaces(void)
     ButtonBarSetKeyImages(KEYINDEX_4, &image_vAbsy, &image_XC7_v);
 }
 
-constexpr uint8_T PROFILE_COUNT = 3;
-
-// The page count of the active profile, or nullptr when the profile is out of range and
-// the count is to be shown but not changed.
-uint8_T* _profileGaugeCount(void)
-{
-    const uint8_T profile = EEVariables_RAMShadow.USER_PROFILE;
-    return profile >= 1 && profile <= PROFILE_COUNT ? &EEVariables_RAMShadow.PROFILE_GAUGE_COUNT[profile - 1] : nullptr;
-}
-
 // A menu row's value logic: what key 3 and key 4 do to the row confirmed last.
 struct STEP_ROW_T {
     void (*decrease)(void);
@@ -77,12 +67,12 @@ void _profileUp(void)
 
 void _countDown(void)
 {
-    if (uint8_T* count = _profileGaugeCount()) *count = _down(*count, PROFILE_PAGES);
+    if (uint8_T* count = ActiveProfileGaugeCount(EEVariables_RAMShadow)) *count = _down(*count, PROFILE_PAGES);
 }
 
 void _countUp(void)
 {
-    if (uint8_T* count = _profileGaugeCount()) *count = _up(*count, PROFILE_PAGES);
+    if (uint8_T* count = ActiveProfileGaugeCount(EEVariables_RAMShadow)) *count = _up(*count, PROFILE_PAGES);
 }
 
 void _editGauges(void)
