@@ -185,7 +185,7 @@ static void _pass(uint32_T nowMs)
     bSetIODigOutput(DIG_OUT_CHANNEL_2, 1);
 
     // The splash on top, whatever the start did.
-    if (!DWork.UnitDelay_DSTATE_nf) MMIScreenGoto(SCREENID_SPLASH);
+    if (!DWork.UnitDelay_DSTATE_nf) NavigationSplashOnTop();
 
     _constants();
     _profile();

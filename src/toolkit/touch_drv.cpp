@@ -7,6 +7,7 @@
 #include <tslib.h>
 #include <unistd.h>
 
+#include "app_lock.h"
 #include "dash_root.h"
 #include "platform_sysinfo.h"
 #include "watchdog_drv.h"
@@ -165,9 +166,13 @@ BOOL touch_calibration_sample(TOUCHCALIBRATION_T* cal, S32 xs, S32 ys)
 {
     if (!cal) return FALSE;
     // The read waits for the finger to lift, which may take longer than the watchdog.
+    // Meanwhile the tasks go on, as they do on the dash's one processor while its main
+    // thread sleeps in the read: the caller's application lock is let go around it.
     const BOOL watchdog = watchdog_is_enabled();
     if (watchdog) watchdog_enable(0);
+    AppUnlock();
     const BOOL ok = _touch_get_xy(m_pTsDev, &cal->x[ix], &cal->y[ix]);
+    AppLock();
     if (watchdog) watchdog_enable(1);
     if (!ok) return FALSE;
     cal->xs[ix] = xs;

@@ -1,4 +1,5 @@
-// The simulator's web page in a real browser: the live screen, a key, the stick, a log.
+// The simulator's web page in a real browser: the live screen, a key, the stick, a log,
+// and the touch panel's calibration with the mouse.
 // Usage: node sim.e2e.mjs BIN_DIR
 import { chromium } from "playwright-core";
 import { spawn, execFileSync } from "node:child_process";
@@ -139,6 +140,32 @@ try {
   });
   assert.ok(lit > 300, `pixels of the engine speed line: ${lit}`);
   assert.equal(await page.getAttribute("#log-download", "href"), "/api/logs/first%20run.csv");
+
+  // The large model's touch panel, calibrated with the mouse: each cross clicked where it
+  // appears on the live screen, and the dash writes its calibration file.
+  await page.setViewportSize({ width: 2400, height: 1400 });
+  await page.selectOption("#product", "720");
+  await until("the large screen", async () => (await page.locator("#screen").getAttribute("width")) === "800");
+  await page.click("#touch-calibrate");
+  const screen = page.locator("#screen");
+  // Something lit in the rectangle: the dash's own screens stay in the top left 320 x 240,
+  // so a lit title right of that is the calibration's, and a lit centre is its cross.
+  const shows = async (x, y, w = 1, h = 1) => page.evaluate(([x, y, w, h]) => {
+    const d = document.querySelector("#screen").getContext("2d").getImageData(x, y, w, h).data;
+    return d.some((v, i) => i % 4 !== 3 && v > 0);
+  }, [x, y, w, h]);
+  for (const [x, y] of [[50, 50], [760, 50], [760, 440], [50, 440], [400, 240]]) {
+    await until(`the cross at ${x},${y}`, async () => (await shows(330, 15, 140, 35)) && (await shows(x, y)));
+    await screen.scrollIntoViewIfNeeded();
+    const b = await screen.boundingBox();
+    const at = (dx) => [b.x + (x + dx + 0.5) * b.width / 800, b.y + (y + 0.5) * b.height / 480];
+    await page.mouse.move(...at(-1));
+    await page.mouse.down();
+    await page.mouse.move(...at(1));
+    await page.mouse.move(...at(0));
+    await page.mouse.up();
+  }
+  await until("the calibration file", () => /^-?\d+( -?\d+){6} 800 480$/.test(read("etc/pointercal") ?? ""));
   console.log("browser test passed");
 } catch (e) {
   console.error(e.message);

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 
 #include "dash_harness.h"
+#include "touch_sim.h"
 
 namespace {
 
@@ -190,6 +191,64 @@ TEST_F(Simulator, LogsOnTheStickAndNothingElse)
     EXPECT_NE(Http(port, "POST", "/api/drive/log/on").body.find("\"logging\":true,\"log_request\":\"on\""),
               std::string::npos);
     EXPECT_EQ(Http(port, "POST", "/api/drive/log/sometimes").status, 409);
+}
+
+// The large model's panel calibrated through the API, as the mouse does it on the page:
+// each cross touched once it is on the screen, the file written, and the map in it puts
+// touches anywhere on the screen within a pixel of their aim.
+TEST_F(Simulator, TouchCalibratedThroughTheApiLandsOnTheAim)
+{
+    EXPECT_EQ(Http(port, "POST", "/api/touch/calibrate").status, 409) << "the 310 has no panel";
+    EXPECT_EQ(Http(port, "POST", "/api/touch/1/1/255").status, 409);
+    ASSERT_EQ(Http(port, "POST", "/api/product/720").status, 200);
+    ASSERT_TRUE(WaitUntil([&] { return PngWidth(Http(port, "GET", "/api/screen.png").body) == 800; }, 5000));
+    EXPECT_EQ(Http(port, "POST", "/api/touch/1/1/256").status, 409);
+    ASSERT_EQ(Http(port, "POST", "/api/touch/calibrate").status, 200);
+
+    FramebufferView fb(root.Path());
+    ASSERT_TRUE(fb.Valid());
+    const int aim[5][2] = {{50, 50}, {760, 50}, {760, 440}, {50, 440}, {400, 240}};
+    // The dash's own screens stay in the top left 320 x 240: a lit title right of that is
+    // the calibration's, and a lit centre is its cross.
+    const auto titled = [&] {
+        for (uint32_t y = 15; y < 50; ++y) {
+            for (uint32_t x = 330; x < 470; ++x) {
+                if (fb.Pixel(x, y)) return true;
+            }
+        }
+        return false;
+    };
+    for (const auto& p : aim) {
+        ASSERT_TRUE(WaitUntil([&] { return titled() && fb.Pixel(p[0], p[1]) != 0; }, 10000))
+            << "no cross at " << p[0] << "," << p[1];
+        // A finger is not still: a few samples around the aim, then the lift.
+        for (const int d : {-1, 1, 0}) {
+            ASSERT_EQ(Http(port, "POST", "/api/touch/" + std::to_string(p[0] + d) + "/" + std::to_string(p[1] - d) +
+                                             "/200")
+                          .status,
+                      200);
+        }
+        ASSERT_EQ(Http(port, "POST", "/api/touch/" + std::to_string(p[0]) + "/" + std::to_string(p[1]) + "/0").status,
+                  200);
+    }
+    ASSERT_TRUE(WaitUntil([&] { return root.Exists("etc/pointercal"); }, 10000));
+    long long a[7] = {};
+    int w = 0, h = 0;
+    ASSERT_EQ(sscanf(root.Read("etc/pointercal").c_str(), "%lld %lld %lld %lld %lld %lld %lld %d %d", &a[0], &a[1],
+                     &a[2], &a[3], &a[4], &a[5], &a[6], &w, &h),
+              9)
+        << root.Read("etc/pointercal");
+    EXPECT_EQ(w, 800);
+    EXPECT_EQ(h, 480);
+    for (const auto& p : {std::pair{0, 0}, {799, 479}, {123, 321}, {700, 100}, {400, 240}}) {
+        int rx = 0, ry = 0;
+        touch_sim_panel(p.first, p.second, &rx, &ry);
+        EXPECT_NEAR((a[2] + a[0] * rx + a[1] * ry) / a[6], p.first, 1);
+        EXPECT_NEAR((a[5] + a[3] * rx + a[4] * ry) / a[6], p.second, 1);
+    }
+    // The calibration ends where the dash was going: the splash, whose corner is not the
+    // calibration's black.
+    EXPECT_TRUE(WaitUntil([&] { return fb.Pixel(5, 5) != 0; }, 5000));
 }
 
 TEST_F(Simulator, ABusyPortIsRefusedPlainly)

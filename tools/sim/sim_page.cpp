@@ -37,7 +37,7 @@ const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
   header b { color: #ffb300; }
   main { display: grid; grid-template-columns: max-content minmax(280px, 380px); gap: 24px; padding: 18px; align-items: start; }
   @media (max-width: 1100px) { main { grid-template-columns: 1fr; } }
-  .screens { display: flex; gap: 18px; align-items: flex-start; }
+  .screens { display: flex; flex-wrap: wrap; gap: 18px; align-items: flex-start; }
   figure { margin: 0; }
   figcaption { color: #8a93a3; font-size: 12px; margin-top: 4px; }
   .screens canvas { background: #000; display: block; border: 2px solid #2a2f37; border-radius: 4px; }
@@ -95,6 +95,8 @@ const char* const SIM_PAGE_HTML = R"PAGE(<!doctype html>
       <div class="row">Dash: <span class="value" id="dash">?</span>, power cycles <span id="cycles">0</span></div>
       <div class="row"><button id="power">Power cycle</button>
         Product <select id="product"><option value="310">310 (320 x 240)</option><option value="720">720 (800 x 480, touch)</option></select></div>
+      <div class="row" id="touch-row" hidden><button id="touch-calibrate">Calibrate touch</button>
+        <span style="color:#8a93a3;font-size:12px">the screen takes the mouse as a finger</span></div>
     </section>
     <section><h2>Engine controller</h2>
       <div class="row">Scenario <select id="scenario"></select> <button id="pause">Pause</button></div>
@@ -150,6 +152,7 @@ function show(s) {
   $("cycles").textContent = s.powerCycles;
   $("settings").textContent = s.settings || "\u2013";
   $("product").value = s.product;
+  $("touch-row").hidden = s.product !== "720";
   const sc = $("scenario");
   if (sc.options.length !== s.scenarios.length) {
     sc.innerHTML = s.scenarios.map((n) => "<option>" + n + "</option>").join("");
@@ -187,6 +190,32 @@ $("product").onchange = (e) => post("/api/product/" + e.target.value);
 $("scenario").onchange = (e) => post("/api/drive/scenario/" + e.target.value);
 $("log-request").onchange = (e) => post("/api/drive/log/" + e.target.value);
 $("pause").onclick = () => post(paused ? "/api/drive/resume" : "/api/drive/pause");
+$("touch-calibrate").onclick = () => post("/api/touch/calibrate");
+
+// The large model's touch panel: the mouse on either picture of the screen is a finger.
+// Samples go one after the other, so that the panel gets them in the order they were made.
+let touchChain = Promise.resolve(), touching = false, lastTouch = "";
+function touchSample(canvas, e, pressure) {
+  const x = Math.max(0, Math.min(small.width - 1, Math.floor(e.offsetX * small.width / canvas.clientWidth)));
+  const y = Math.max(0, Math.min(small.height - 1, Math.floor(e.offsetY * small.height / canvas.clientHeight)));
+  const path = "/api/touch/" + x + "/" + y + "/" + pressure;
+  if (path === lastTouch) return;
+  lastTouch = path;
+  touchChain = touchChain.then(() => fetch(path, { method: "POST" })).catch(() => {});
+}
+for (const canvas of [$("screen"), $("big")]) {
+  canvas.addEventListener("pointerdown", (e) => {
+    if (!state || state.product !== "720") return;
+    e.preventDefault();
+    canvas.setPointerCapture(e.pointerId);
+    touching = true;
+    touchSample(canvas, e, 255);
+  });
+  canvas.addEventListener("pointermove", (e) => { if (touching) touchSample(canvas, e, 255); });
+  const lift = (e) => { if (touching) { touching = false; touchSample(canvas, e, 0); } };
+  canvas.addEventListener("pointerup", lift);
+  canvas.addEventListener("pointercancel", lift);
+}
 
 // The live screen: the page on show as raw pixels, drawn as fast as they come.
 const small = $("screen"), big = $("big");

@@ -34,6 +34,7 @@
 #include "sim_page.h"
 #include "sim_screen.h"
 #include "tool_clock.h"
+#include "touch_sim.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ struct SIM_T {
     pid_t bus = -1;
     pid_t board = -1;  // the simulated I/O board; stays -1 with --no-ioboard
     bool withBoard = true;
+    bool calibrateTouch = false;  // the next start of the dash shows the touch calibration
     STICK_T stick = STICK_NONE;
     bool keys[5] = {};
     ECU_MODEL_T ecu;
@@ -75,7 +77,8 @@ std::string _binDir(void)
 }
 
 // A child that ends with the simulator, whatever ends it.
-pid_t _fork(const std::vector<std::string>& args, const std::string& dashRoot)
+// `env`: "NAME=value" settings added to the child's environment.
+pid_t _fork(const std::vector<std::string>& args, const std::vector<std::string>& env)
 {
     const pid_t pid = fork();
     if (pid != 0) return pid;
@@ -86,7 +89,7 @@ pid_t _fork(const std::vector<std::string>& args, const std::string& dashRoot)
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    if (!dashRoot.empty()) setenv("DASH_ROOT", dashRoot.c_str(), 1);
+    for (const std::string& e : env) putenv(const_cast<char*>(e.c_str()));
     std::vector<char*> argv;
     for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
@@ -104,7 +107,7 @@ struct SPAWNER_T {
     std::mutex lock;
     std::condition_variable changed;
     const std::vector<std::string>* args = nullptr;  // the request, null when served
-    const std::string* dashRoot = nullptr;
+    const std::vector<std::string>* env = nullptr;
     pid_t pid = -1;
 };
 // Never destroyed: its thread waits on it until the process ends.
@@ -115,20 +118,20 @@ void _spawnerThread(void)
     std::unique_lock<std::mutex> guard(m_spawner.lock);
     for (;;) {
         m_spawner.changed.wait(guard, [] { return m_spawner.args != nullptr; });
-        m_spawner.pid = _fork(*m_spawner.args, *m_spawner.dashRoot);
+        m_spawner.pid = _fork(*m_spawner.args, *m_spawner.env);
         m_spawner.args = nullptr;
         m_spawner.changed.notify_all();
     }
 }
 
-pid_t _spawn(const std::vector<std::string>& args, const std::string& dashRoot)
+pid_t _spawn(const std::vector<std::string>& args, const std::vector<std::string>& env = {})
 {
     static std::once_flag started;
     std::call_once(started, [] { std::thread(_spawnerThread).detach(); });
     std::lock_guard<std::mutex> caller(m_spawner.callers);
     std::unique_lock<std::mutex> guard(m_spawner.lock);
     m_spawner.args = &args;
-    m_spawner.dashRoot = &dashRoot;
+    m_spawner.env = &env;
     m_spawner.changed.notify_all();
     m_spawner.changed.wait(guard, [] { return m_spawner.args == nullptr; });
     return m_spawner.pid;
@@ -149,7 +152,12 @@ void _end(pid_t pid, int graceMs)
 
 void _startDash(void)
 {
-    m_sim.dash = _spawn({m_sim.bin + "/motordash"}, m_sim.root);
+    // The panel's calibration file is where a dash keeps it; the calibration screen is
+    // asked for by the page, for one start.
+    std::vector<std::string> env = {"DASH_ROOT=" + m_sim.root, "TSLIB_CALIBFILE=" + m_sim.root + "/etc/pointercal"};
+    if (m_sim.calibrateTouch) env.push_back("MOTORDASH_CALIBRATE_TOUCH=1");
+    m_sim.calibrateTouch = false;
+    m_sim.dash = _spawn({m_sim.bin + "/motordash"}, env);
 }
 
 // The I/O board powers up with the dash, from the flash it keeps in the root. The dash
@@ -161,7 +169,7 @@ void _startBoard(void)
         unlink(link.c_str());  // a link left behind could lead to someone else's terminal
         return;
     }
-    m_sim.board = _spawn({m_sim.bin + "/motordash-ioboard", m_sim.root}, "");
+    m_sim.board = _spawn({m_sim.bin + "/motordash-ioboard", m_sim.root});
     std::string reply;
     for (int waited = 0; waited < 3000 && !ioboard_control(m_sim.root, "status", &reply); waited += 10) usleep(10000);
 }
@@ -380,6 +388,18 @@ std::string _post(const std::string& path)
         const std::string error = sim_key_set(m_sim.root, key, press);
         if (error.empty()) m_sim.keys[key - 1] = press;
         return error;
+    }
+    if (path == "/api/touch/calibrate") {
+        if (m_sim.product != "720") return "the 310 has no touch panel";
+        m_sim.calibrateTouch = true;
+        return _powerCycle();
+    }
+    int x = 0, y = 0, pressure = 0;
+    char tail = 0;
+    if (sscanf(path.c_str(), "/api/touch/%d/%d/%d%c", &x, &y, &pressure, &tail) == 3) {
+        if (m_sim.product != "720") return "the 310 has no touch panel";
+        if (pressure < 0 || pressure > 255) return "pressure 0 (lifted) to 255";
+        return touch_sim_send(m_sim.root, x, y, pressure);
     }
     if (path == "/api/usb/insert") return _usbInsert();
     if (path == "/api/usb/eject") return _usbEject();
@@ -610,7 +630,7 @@ int sim_run(int argc, char** argv)
     sigprocmask(SIG_BLOCK, &set, nullptr);
     signal(SIGPIPE, SIG_IGN);
 
-    m_sim.bus = _spawn({m_sim.bin + "/motordash-can", "bus", m_sim.root}, "");
+    m_sim.bus = _spawn({m_sim.bin + "/motordash-can", "bus", m_sim.root});
     if (!_busUp()) {
         fprintf(stderr, "motordash-sim run: the CAN bus did not start\n");
         _end(m_sim.bus, 1000);

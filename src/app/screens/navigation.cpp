@@ -8,12 +8,14 @@
 #include "Screen_SysInfo.h"
 #include "Velnor_Dorvik_V6c.h"
 #include "data.h"
+#include "devswitch.h"
 #include "elements.h"
 #include "images.h"
 #include "menus.h"
 #include "mmi.h"
 #include "quad_keys.h"
 #include "timer_drv.h"
+#include "touch_calib.h"
 
 namespace {
 
@@ -167,4 +169,15 @@ void NavigationRegisterScreens(void)
             DWork.quorin_delta_time_DWORK1_i = DWork.quorin_delta_time_DWORK1;
         }
     }
+    if (devswitch_calibrate_touch()) {
+        MMIRegisterScreen(SCREENID_TOUCHCAL, CalibrateTouchEnter, CalibrateTouchCreate, CalibrateTouchUpdate,
+                          CalibrateTouchExit);
+    }
+}
+
+void NavigationSplashOnTop(void)
+{
+    MMIScreenGoto(SCREENID_SPLASH);
+    // The touch calibration, when asked for, comes over it and goes back to it.
+    if (devswitch_calibrate_touch()) MMIScreenGoto(SCREENID_TOUCHCAL);
 }

@@ -16,7 +16,12 @@ enum SCREENID_T : uint32_T {
     SCREENID_CALMENU = 6,
     SCREENID_SYSINFO = 7,
     SCREENID_SPLASH = 8,
+    // Not one of the dash's screens: a development build may ask for it at start.
+    SCREENID_TOUCHCAL = 9,
 };
+
+// The first foreground pass puts the splash on top, whatever the start did.
+void NavigationSplashOnTop(void);
 
 // The main screens' own numbers, as kept in CURRENT_SCREEN.
 constexpr uint8_T MAIN_SCREEN_QUAD = 1;
@@ -57,5 +62,5 @@ bool NavigationKeyPressed(uint8_T* detector, KEYINDEX_T key);
 // The keys of the current screen, once a foreground pass.
 void NavigationKeys(void);
 // Registers the nine screens and goes to the non-menu ones in start order, the splash
-// last, so that it is on top.
+// last, so that it is on top. A development build may register the touch calibration.
 void NavigationRegisterScreens(void);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "app_lock.h"
 #include "display_fixture.h"
 #include "hotareas.h"
 #include "images.h"
@@ -41,11 +42,14 @@ protected:
         calib = root.Abs("etc/pointercal");
         root.Write("etc/.keep", "");
         unsetenv("TSLIB_CALIBFILE");
+        // As the main loop does: a calibration read lets go of it while it waits.
+        AppLock();
         touch_init();
         touch_start_calibration();
     }
     void TearDown() override
     {
+        AppUnlock();
         touch_end_calibration();
         touch_deinit();
         unsetenv("TSLIB_CALIBFILE");
@@ -165,12 +169,12 @@ TEST_F(TouchTest, MalformedSamplesAreIgnored)
     touch_start_calibration();
 }
 
-// The calibration screen on the small model: the first cross, then after five touches
-// the file and the way back.
+// The calibration screen on the large model, the one with the panel: the first cross,
+// then after five touches the file and the way back.
 TEST_F(TouchTest, CalibrationScreen)
 {
     touch_end_calibration();
-    ResetDisplay(320, 240);
+    ResetDisplay(800, 480);
     setenv("TSLIB_CALIBFILE", calib.c_str(), 1);
     MMIInit(4, 4, 4);
     MMIRegisterScreen(0, nullptr, nullptr, nullptr, nullptr);
@@ -180,11 +184,11 @@ TEST_F(TouchTest, CalibrationScreen)
     MMIScreenGoto(1);
     MMIProcess();
     MMIProcess();  // the cross is shown by two passes; the third reads
-    std::vector<U16> page(320 * 240);
+    std::vector<U16> page(800 * 480);
     LayerMergerTestCompose(page.data());
-    EXPECT_TRUE(MatchesPicture("touch_calibration_screen", page.data(), 320, 240, 320));
+    EXPECT_TRUE(MatchesPicture("touch_calibration_screen", page.data(), 800, 480, 800));
 
-    const int centres[5][2] = {{50, 50}, {280, 50}, {280, 200}, {50, 200}, {160, 120}};
+    const int centres[5][2] = {{50, 50}, {760, 50}, {760, 440}, {50, 440}, {400, 240}};
     for (const auto& c : centres) {
         Touch(root, {{c[0], c[1]}});
         for (int i = 0; i < 3; ++i) MMIProcess();
