@@ -1,6 +1,7 @@
 #include "xcp_target.h"
 
 #include "main.h"
+#include "timer_drv.h"
 #include "xcp_core.h"
 
 namespace {
@@ -25,11 +26,21 @@ static_assert(sizeof(m_eventTimers) / sizeof(m_eventTimers[0]) == XCP_NUM_EVENTS
 
 }  // namespace
 
+// The time a pass stands for: whole ticks, and at least one. The clock is read after the
+// foreground task's own work, which takes longer on some passes than on others; a pass
+// that reads it a few ms early must not make the 5 and 10 ms events miss it.
+static U32 _passTime(U32 elapsedMs)
+{
+    const U32 passTicks = (elapsedMs + TIMER_TICK_MS / 2) / TIMER_TICK_MS;
+    return (passTicks ? passTicks : 1) * TIMER_TICK_MS;
+}
+
 void Timed_Trigger_XCP(void)
 {
     const U32 now = ticks();
-    if (lastTicks == 0 || lastTicks > now) lastTicks = now;
-    const U32 elapsed = now - lastTicks;
+    // The first pass, and a clock that went back, count no time.
+    const bool restart = lastTicks == 0 || lastTicks > now;
+    const U32 elapsed = restart ? 0 : _passTime(now - lastTicks);
     lastTicks = now;
     for (U32 event = 0; event < sizeof(m_eventTimers) / sizeof(m_eventTimers[0]); event++) {
         const XCP_EVENT_TIMER_T& timer = m_eventTimers[event];

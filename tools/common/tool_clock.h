@@ -11,9 +11,14 @@ inline double tool_realtime_s(void)
     return (double)ts.tv_sec + ts.tv_nsec / 1e9;
 }
 
-inline uint64_t tool_monotonic_ms(void)
+inline uint64_t tool_monotonic_ns(void)
 {
     struct timespec ts;
     clock_gettime(CLOCK_MONOTONIC, &ts);
-    return (uint64_t)ts.tv_sec * 1000 + (uint64_t)ts.tv_nsec / 1000000;
+    return (uint64_t)ts.tv_sec * 1000000000 + (uint64_t)ts.tv_nsec;
+}
+
+inline uint64_t tool_monotonic_ms(void)
+{
+    return tool_monotonic_ns() / 1000000;
 }

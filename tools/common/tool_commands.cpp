@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <unistd.h>
 
 static int _usage(const char* tool, const TOOL_COMMAND_T* commands, size_t count, FILE* out)
 {
@@ -21,4 +22,14 @@ int tool_dispatch(const char* tool, const TOOL_COMMAND_T* commands, size_t count
     }
     fprintf(stderr, "%s: unknown command '%s'\n", tool, argv[1]);
     return _usage(tool, commands, count, stderr);
+}
+
+std::string tool_bin_dir(void)
+{
+    char path[4096];
+    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
+    if (n <= 0) return ".";
+    path[n] = '\0';
+    const std::string s = path;
+    return s.substr(0, s.rfind('/'));
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The command dispatch shared by the motordash tools: `TOOL COMMAND ARGS...`.
 #include <cstddef>
+#include <string>
 
 struct TOOL_COMMAND_T {
     const char* name;
@@ -17,3 +18,6 @@ int tool_dispatch(const char* tool, const TOOL_COMMAND_T (&commands)[N], int arg
 {
     return tool_dispatch(tool, commands, N, argc, argv);
 }
+
+// The folder of the running program, where the other motordash programs of its build are.
+std::string tool_bin_dir(void);

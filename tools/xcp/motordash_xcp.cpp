@@ -341,8 +341,10 @@ bool _number(const char* text, uint32_t* value)
 {
     char* end = nullptr;
     errno = 0;
-    const unsigned long v = strtoul(text, &end, 0);
-    if (errno || !end || *end || end == text || v > 0xFFFFFFFFul) return false;
+    // 64 bits whatever the machine's long, so that a negative number wraps past the range
+    // rather than to a valid 32-bit value.
+    const unsigned long long v = strtoull(text, &end, 0);
+    if (errno || !end || *end || end == text || v > 0xFFFFFFFFull) return false;
     *value = (uint32_t)v;
     return true;
 }
@@ -382,23 +384,6 @@ int _dump(TOOL_T* t, int argc, char** argv)
 
 // ---- Unlocking and writing ----------------------------------------------------------
 
-// A number as people write it: decimal, or hex after 0x, a minus sign before either. A
-// leading zero is not octal.
-bool _integer(const char* text, long long* value)
-{
-    const bool negative = text[0] == '-';
-    const char* digits = negative ? text + 1 : text;
-    const bool hex = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
-    if (hex) digits += 2;
-    if (!(hex ? isxdigit((unsigned char)digits[0]) : isdigit((unsigned char)digits[0]))) return false;
-    char* end = nullptr;
-    errno = 0;
-    const unsigned long long v = strtoull(digits, &end, hex ? 16 : 10);
-    if (errno || *end || v > 0xFFFFFFFFull) return false;
-    *value = negative ? -(long long)v : (long long)v;
-    return true;
-}
-
 // The four secrets, from --secrets or $XCP_SECRETS.
 bool _secrets(const TOOL_T& t, uint32_t secrets[4])
 {
@@ -407,20 +392,9 @@ bool _secrets(const TOOL_T& t, uint32_t secrets[4])
         fprintf(stderr, "motordash-xcp: no secrets: give --secrets CAL,DAQ,STIM,PGM or set XCP_SECRETS\n");
         return false;
     }
-    const std::string all = text;
-    size_t at = 0;
-    for (int i = 0; i < 4; i++) {
-        const size_t comma = i < 3 ? all.find(',', at) : all.size();
-        long long v;
-        if (comma == std::string::npos || !_integer(all.substr(at, comma - at).c_str(), &v) || v < 0) {
-            fprintf(stderr, "motordash-xcp: bad secrets '%s': four numbers CAL,DAQ,STIM,PGM, decimal or 0x hex\n",
-                    text);
-            return false;
-        }
-        secrets[i] = (uint32_t)v;
-        at = comma + 1;
-    }
-    return true;
+    if (XcpMasterSecrets(text, secrets)) return true;
+    fprintf(stderr, "motordash-xcp: bad secrets '%s': four numbers CAL,DAQ,STIM,PGM, decimal or 0x hex\n", text);
+    return false;
 }
 
 // The position of a resource in m_resources by a name a user gives it; -1 for none.
@@ -500,7 +474,7 @@ bool _encode(const XCP_MAP_FIELD_T& f, const char* text, std::vector<uint8_t>* o
         default: break;
         }
         long long v;
-        if (!_integer(text, &v) || v < lo || v > hi) {
+        if (!XcpMasterInteger(text, &v) || v < lo || v > hi) {
             fprintf(stderr, "motordash-xcp: %s: '%s' is outside %s (%lld to %lld)\n", f.name, text,
                     _kindName(f.kind), lo, hi);
             return false;
@@ -544,7 +518,7 @@ int _write(TOOL_T* t, int argc, char** argv)
     const size_t bracket = name.find('[');
     if (bracket != std::string::npos) {
         const std::string digits = name.substr(bracket + 1, name.size() - bracket - 2);
-        if (name.back() != ']' || !_integer(digits.c_str(), &index) || index < 0) {
+        if (name.back() != ']' || !XcpMasterInteger(digits.c_str(), &index) || index < 0) {
             fprintf(stderr, "motordash-xcp: '%s': an element is NAME[INDEX]\n", argv[0]);
             return 2;
         }

@@ -1,7 +1,9 @@
 #include "xcp_master.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <linux/can.h>
 #include <linux/can/raw.h>
@@ -239,6 +241,36 @@ XCP_REPLY_T XcpMasterWrite(XCP_MASTER_T* m, uint32_t addr, const std::vector<uin
     return r;
 }
 
+bool XcpMasterInteger(const char* text, long long* value)
+{
+    const bool negative = text[0] == '-';
+    const char* digits = negative ? text + 1 : text;
+    const bool hex = digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
+    if (hex) digits += 2;
+    if (!(hex ? isxdigit((unsigned char)digits[0]) : isdigit((unsigned char)digits[0]))) return false;
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long long v = strtoull(digits, &end, hex ? 16 : 10);
+    if (errno || *end || v > 0xFFFFFFFFull) return false;
+    *value = negative ? -(long long)v : (long long)v;
+    return true;
+}
+
+bool XcpMasterSecrets(const char* text, uint32_t secrets[4])
+{
+    const std::string all = text;
+    size_t at = 0;
+    for (int i = 0; i < 4; i++) {
+        const size_t comma = i < 3 ? all.find(',', at) : all.size();
+        long long v;
+        if (comma == std::string::npos || !XcpMasterInteger(all.substr(at, comma - at).c_str(), &v) || v < 0)
+            return false;
+        secrets[i] = (uint32_t)v;
+        at = comma + 1;
+    }
+    return true;
+}
+
 std::string XcpErrorName(uint8_t code)
 {
     for (const ERROR_NAME_T& e : m_errorNames)
@@ -296,43 +328,65 @@ bool XcpMasterDaqLayout(const std::vector<uint8_t>& sizes, std::vector<XCP_DAQ_P
 XCP_REPLY_T XcpMasterDaqStart(XCP_MASTER_T* m, const std::vector<uint32_t>& addrs, const std::vector<uint8_t>& sizes,
                               uint8_t event)
 {
-    std::vector<XCP_DAQ_PLACE_T> places;
-    uint8_t numOdt = 0;
-    if (addrs.size() != sizes.size() || !XcpMasterDaqLayout(sizes, &places, &numOdt) || numOdt == 0) {
-        XCP_REPLY_T r = _reply(XCP_MASTER_ERROR);
-        r.error = XCP_ERR_MEMORY_OVERFLOW;
-        return r;
+    std::vector<XCP_DAQ_LIST_T> lists = {{addrs, sizes, event, 0}};
+    return XcpMasterDaqStartLists(m, &lists);
+}
+
+XCP_REPLY_T XcpMasterDaqStartLists(XCP_MASTER_T* m, std::vector<XCP_DAQ_LIST_T>* lists)
+{
+    // The entries of each list's ODTs, as WRITE_DAQ commands.
+    std::vector<std::vector<std::vector<std::vector<uint8_t>>>> entries;
+    for (const XCP_DAQ_LIST_T& list : *lists) {
+        std::vector<XCP_DAQ_PLACE_T> places;
+        uint8_t numOdt = 0;
+        if (list.addrs.size() != list.sizes.size() || !XcpMasterDaqLayout(list.sizes, &places, &numOdt) ||
+            numOdt == 0) {
+            XCP_REPLY_T r = _reply(XCP_MASTER_ERROR);
+            r.error = XCP_ERR_MEMORY_OVERFLOW;
+            return r;
+        }
+        // The time stamp goes out only with a frame of ODT 0, and an ODT without entries
+        // sends none: when no variable fits behind the stamp, the first one's first byte
+        // holds its place.
+        std::vector<std::vector<std::vector<uint8_t>>> odts(numOdt);
+        for (size_t i = 0; i < places.size(); i++) {
+            const uint32_t a = list.addrs[i];
+            odts[places[i].odt].push_back({XCP_CMD_WRITE_DAQ, 0xFF, list.sizes[i], 0, (uint8_t)a, (uint8_t)(a >> 8),
+                                           (uint8_t)(a >> 16), (uint8_t)(a >> 24)});
+        }
+        if (odts[0].empty()) {
+            odts[0].push_back(odts[numOdt - 1].back());
+            odts[0].back()[2] = 1;
+        }
+        entries.push_back(std::move(odts));
     }
-    // The time stamp goes out only with a frame of ODT 0, and an ODT without entries
-    // sends none: when no variable fits behind the stamp, the first one's first byte
-    // holds its place.
-    std::vector<std::vector<std::vector<uint8_t>>> entries(numOdt);
-    for (size_t i = 0; i < places.size(); i++) {
-        const uint32_t a = addrs[i];
-        entries[places[i].odt].push_back({XCP_CMD_WRITE_DAQ, 0xFF, sizes[i], 0, (uint8_t)a, (uint8_t)(a >> 8),
-                                          (uint8_t)(a >> 16), (uint8_t)(a >> 24)});
+    // The allocations go in the standard's order: lists, then every list's ODTs, then
+    // every ODT's entries.
+    const uint8_t numLists = (uint8_t)lists->size();
+    std::vector<std::vector<uint8_t>> commands = {{XCP_CMD_FREE_DAQ}, {XCP_CMD_ALLOC_DAQ, 0, numLists, 0}};
+    for (uint8_t l = 0; l < numLists; l++)
+        commands.push_back({XCP_CMD_ALLOC_ODT, 0, l, 0, (uint8_t)entries[l].size()});
+    for (uint8_t l = 0; l < numLists; l++)
+        for (uint8_t odt = 0; odt < entries[l].size(); odt++)
+            commands.push_back({XCP_CMD_ALLOC_ODT_ENTRY, 0, l, 0, odt, (uint8_t)entries[l][odt].size()});
+    for (uint8_t l = 0; l < numLists; l++) {
+        for (uint8_t odt = 0; odt < entries[l].size(); odt++) {
+            commands.push_back({XCP_CMD_SET_DAQ_PTR, 0, l, 0, odt, 0});
+            commands.insert(commands.end(), entries[l][odt].begin(), entries[l][odt].end());
+        }
+        commands.push_back({XCP_CMD_SET_DAQ_LIST_MODE, XCP_DAQLISTMODE_TIMESTAMP, l, 0, (*lists)[l].event, 0, 1, 0});
     }
-    if (entries[0].empty()) {
-        entries[0].push_back(entries[numOdt - 1].back());
-        entries[0].back()[2] = 1;
-    }
-    std::vector<std::vector<uint8_t>> commands = {{XCP_CMD_FREE_DAQ}, {XCP_CMD_ALLOC_DAQ, 0, 1, 0},
-                                                  {XCP_CMD_ALLOC_ODT, 0, 0, 0, numOdt}};
-    for (uint8_t odt = 0; odt < numOdt; odt++)
-        commands.push_back({XCP_CMD_ALLOC_ODT_ENTRY, 0, 0, 0, odt, (uint8_t)entries[odt].size()});
-    for (uint8_t odt = 0; odt < numOdt; odt++) {
-        commands.push_back({XCP_CMD_SET_DAQ_PTR, 0, 0, 0, odt, 0});
-        commands.insert(commands.end(), entries[odt].begin(), entries[odt].end());
-    }
-    commands.push_back({XCP_CMD_SET_DAQ_LIST_MODE, XCP_DAQLISTMODE_TIMESTAMP, 0, 0, event, 0, 1, 0});
-    commands.push_back({XCP_CMD_START_STOP_DAQ_LIST, DAQ_SELECT, 0, 0});
-    commands.push_back({XCP_CMD_START_STOP_SYNCH, DAQ_START});
     XCP_REPLY_T r = _reply(XCP_MASTER_OK);
     for (const std::vector<uint8_t>& c : commands) {
         r = XcpMasterCommand(m, c);
         if (r.status != XCP_MASTER_OK) return r;
     }
-    return r;
+    for (uint8_t l = 0; l < numLists; l++) {
+        r = XcpMasterCommand(m, {XCP_CMD_START_STOP_DAQ_LIST, DAQ_SELECT, l, 0});
+        if (r.status != XCP_MASTER_OK) return r;
+        (*lists)[l].firstPid = r.packet.size() >= 2 ? r.packet[1] : 0;
+    }
+    return XcpMasterCommand(m, {XCP_CMD_START_STOP_SYNCH, DAQ_START});
 }
 
 XCP_REPLY_T XcpMasterDaqStop(XCP_MASTER_T* m)

@@ -76,17 +76,32 @@ struct XCP_DAQ_PLACE_T {
     uint8_t offset;  // from the frame's first byte, the PID
 };
 
-// Lays variables of `sizes` bytes (1 to 7 each) out in the ODTs of list 0, a time stamp
+// Lays variables of `sizes` bytes (1 to 7 each) out in the ODTs of a list, a time stamp
 // heading ODT 0; false if they don't fit in the list's eight frames. XcpMasterDaqStart
-// builds the list so, puts it on `event` and starts it.
+// builds list 0 so, puts it on `event` and starts it.
 bool XcpMasterDaqLayout(const std::vector<uint8_t>& sizes, std::vector<XCP_DAQ_PLACE_T>* places, uint8_t* numOdt);
 XCP_REPLY_T XcpMasterDaqStart(XCP_MASTER_T* m, const std::vector<uint32_t>& addrs, const std::vector<uint8_t>& sizes,
                               uint8_t event);
+// One list of several, each laid out as above.
+struct XCP_DAQ_LIST_T {
+    std::vector<uint32_t> addrs;
+    std::vector<uint8_t> sizes;
+    uint8_t event;
+    uint8_t firstPid;  // set by XcpMasterDaqStartLists: PID of the list's ODT 0
+};
+// Lists 0 to N-1 built, each on its event, and all started together.
+XCP_REPLY_T XcpMasterDaqStartLists(XCP_MASTER_T* m, std::vector<XCP_DAQ_LIST_T>* lists);
 // Stops every list and frees them: what a master leaves behind at its end.
 XCP_REPLY_T XcpMasterDaqStop(XCP_MASTER_T* m);
 // The next DAQ frame of list 0 within timeoutMs: a PID below 0xFC on the response
 // identifier.
 bool XcpMasterDaqFrame(XCP_MASTER_T* m, std::vector<uint8_t>* frame, int timeoutMs);
+
+// A number as people write it: decimal, or hex after 0x, a minus sign before either. A
+// leading zero is not octal.
+bool XcpMasterInteger(const char* text, long long* value);
+// The four resource secrets "CAL,DAQ,STIM,PGM", each such a number and not negative.
+bool XcpMasterSecrets(const char* text, uint32_t secrets[4]);
 
 // The standard's name of an error code, "ERR_ACCESS_LOCKED"; "ERR_0x42" for others.
 std::string XcpErrorName(uint8_t code);

@@ -276,6 +276,50 @@ TEST_F(XcpOnTheDash, ASettingWrittenByAToolIsStoredWithinTheSecond)
     EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
 }
 
+// The clock is read after the foreground task's own work, which takes longer on some
+// passes than on others: passes a tick apart read it a few ms apart either way, and a
+// long pass is followed at once by the one whose tick waited for it.
+TEST_F(XcpOnTheDash, EveryPassSamplesEvents0And1AndEveryTenthEvent2WhateverTheClockReads)
+{
+    ASSERT_EQ(Command({0xFF, 0x00}).size(), 1u);
+    Xcp_Sessions[0].ctResourceProtection = 0;
+    std::vector<PACKET_T> script = {{0xD6}, {0xD5, 0, 3, 0}};
+    for (uint8_t list = 0; list < 3; list++) script.push_back({0xD4, 0, list, 0, 1});
+    for (uint8_t list = 0; list < 3; list++) script.push_back({0xD3, 0, list, 0, 0, 1});
+    for (uint8_t list = 0; list < 3; list++) {
+        script.push_back({0xE2, 0, list, 0, 0, 0});
+        script.push_back({0xE1, 0xFF, 1, 0, 0x2E, 0x01, 0, 0});  // LoggingActive, at 302
+        script.push_back({0xE0, 0x10, list, 0, list, 0, 1, 0});  // list n on event n
+        script.push_back({0xDE, 2, list, 0});
+    }
+    script.push_back({0xDD, 1});
+    for (const PACKET_T& c : script) ASSERT_EQ(Command(c).at(0).at(0), 0xFF) << "command 0x" << std::hex << +c[0];
+
+    int64_t clockMs = 100000;
+    int samples[3] = {};
+    auto pass = [&](int ms) {
+        clockMs += ms;
+        timer_test_set_clock(clockMs * 1000000);
+        m_sent.clear();
+        Timed_Trigger_XCP();
+        for (const CAN_MSG_T& m : m_sent)
+            if (m.msg_content[0] < 24) samples[m.msg_content[0] / 8]++;  // each list one ODT
+    };
+    pass(10);  // the first pass after a clock that went back counts no time
+    samples[0] = samples[1] = samples[2] = 0;
+    const int steps[] = {7, 13, 9, 11, 10, 12, 8, 10, 14, 6};
+    for (int i = 0; i < 200; i++) pass(steps[i % 10]);
+    EXPECT_EQ(samples[0], 200);
+    EXPECT_EQ(samples[1], 200);
+    EXPECT_EQ(samples[2], 20);
+    pass(40);
+    pass(1);
+    EXPECT_EQ(samples[0], 202);
+    EXPECT_EQ(samples[1], 202);
+    timer_test_set_clock(-1);
+    EXPECT_EQ(Command({0xFE}), (std::vector<PACKET_T>{{0xFF}}));
+}
+
 // ---- Random frames ------------------------------------------------------------------------
 
 // Commands chosen to reach every handler, with lengths and fields anywhere, addresses
