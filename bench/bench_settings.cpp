@@ -80,7 +80,9 @@ bool WaitForSave(const BenchRoot& root, int watch, const EEVariables_T& record)
         const ssize_t got = read(watch, events, sizeof(events));
         bool closed = false;
         for (ssize_t at = 0; at < got;) {
-            const struct inotify_event* e = reinterpret_cast<const struct inotify_event*>(events + at);
+            // The kernel pads each event's name so that the next event stays aligned.
+            const void* event = events + at;
+            const struct inotify_event* e = static_cast<const struct inotify_event*>(event);
             closed = closed || (e->len && root.fileName == e->name);
             at += (ssize_t)(sizeof(*e) + e->len);
         }

@@ -314,7 +314,9 @@ void TextValuesUnits(void)
 {
     for (const UNIT_WORDS_T& u : m_unitWords) {
         const uint8_T setting = reinterpret_cast<const uint8_T*>(&EEVariables_RAMShadow)[UNIT_ROWS[u.unit].setting];
-        S_String** field = reinterpret_cast<S_String**>(reinterpret_cast<uint8_T*>(&Velnor_Dorvik_V6c_B) + u.field);
+        // A pointer member of the record, so its offset keeps the pointer's alignment.
+        void* member = reinterpret_cast<uint8_T*>(&Velnor_Dorvik_V6c_B) + u.field;
+        S_String** field = static_cast<S_String**>(member);
         for (int b = 0; b < UNIT_ROWS[u.unit].branches; b++) Velnor_Dorvik_V6c_AF(setting == b + 1, u.words[b], field);
     }
 }

@@ -41,14 +41,10 @@ GFX_HOT_LOOP void _composeSpanFlipped(U32_PAIR* __restrict dstEnd, const U32_PAI
     for (U32 i = 0; i < words; i++) *(dstEnd - i) = _swapHalves(_key(front[i], back[i]));
 }
 
+// Rows start on a pixel pair: the layers are aligned and their width is even.
 inline U32_PAIR* _words(U16* p)
 {
-    return reinterpret_cast<U32_PAIR*>(p);
-}
-
-inline const U32_PAIR* _words(const U16* p)
-{
-    return reinterpret_cast<const U32_PAIR*>(p);
+    return static_cast<U32_PAIR*>(static_cast<void*>(p));
 }
 
 // Page rows H - h to H - 1: the overlay area of the front layer (rows H to H + h - 1)

@@ -15,7 +15,7 @@ void lcd_fill_pixels(U16* dst, U32 count, U16 colour)
         count--;
     }
     const U32 pair = (U32)colour | (U32)colour << 16;
-    U32_PAIR* words = reinterpret_cast<U32_PAIR*>(dst);
+    U32_PAIR* words = static_cast<U32_PAIR*>(static_cast<void*>(dst));  // dst is on a pixel pair now
     U32 n = count / 2;
     for (; n >= 4; n -= 4, words += 4) {
         words[0] = pair;

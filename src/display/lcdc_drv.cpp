@@ -85,7 +85,7 @@ void lcd_init(void)
         exit(-1);
     }
     m_pFB = static_cast<U8*>(map);
-    for (U32 i = 0; i < LCD_PAGES; i++) m_pBuffers[i] = reinterpret_cast<U16*>(m_pFB + (size_t)i * xres * yres * 2);
+    for (U32 i = 0; i < LCD_PAGES; i++) m_pBuffers[i] = static_cast<U16*>(map) + (size_t)i * xres * yres;
 
     // The platform's panel size, never more than the device's page (nor the layers').
     U32 width = info.width ? info.width : xres, height = info.height ? info.height : yres;

@@ -22,7 +22,7 @@ const S_ImageHeader* _header(const void* image)
 
 const U16* _pixels(const S_ImageHeader* h)
 {
-    return reinterpret_cast<const U16*>(reinterpret_cast<const U8*>(h) + sizeof(S_ImageHeader));
+    return reinterpret_cast<const U16*>(h + 1);
 }
 
 // One row of the copy with transparent pixels kept: two pixels a word when both ends

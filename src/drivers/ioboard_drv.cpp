@@ -135,6 +135,8 @@ std::atomic<U32> m_stop{0};
 BOOL m_probed = 0;
 BOOL m_found = 0;
 std::atomic<U32> m_settleMs{SETTLE_MS};
+std::atomic<U32> m_replyTimeoutMs{REPLY_TIMEOUT_MS};
+std::atomic<U32> m_collectMs{COLLECT_MS};
 
 // A version reply: who answered ('b' bootloader, 'm' application) and the versions.
 struct VERSION_T {
@@ -224,6 +226,8 @@ static void _parserReset(void)
 
 void ioboard_sleep_ms(U32 milliseconds)
 {
+    // The kernel would still take its time over a sleep of nothing.
+    if (milliseconds == 0) return;
     struct timespec left = {(time_t)(milliseconds / 1000), (long)(milliseconds % 1000) * 1000000L};
     while (nanosleep(&left, &left) != 0 && errno == EINTR) {
     }
@@ -252,6 +256,7 @@ BOOL ioboard_wait_for_reply(const char** sentence, U32* length)
 {
     // Line noise keeps the port busy without a sentence: it counts as silence too.
     const U32 start = get_uptime_milliseconds();
+    const U32 timeout = m_replyTimeoutMs.load();
     for (;;) {
         const U32 n = _nextSentence(&m_parser);
         if (n > 0) {
@@ -259,18 +264,17 @@ BOOL ioboard_wait_for_reply(const char** sentence, U32* length)
             *length = n;
             return 1;
         }
-        ioboard_sleep_ms(COLLECT_MS);
+        ioboard_sleep_ms(m_collectMs.load());
         m_parser.receiveIndex = 0;
         m_parser.receiveCount = 0;
-        if (get_uptime_milliseconds() - start > REPLY_TIMEOUT_MS) break;
+        if (get_uptime_milliseconds() - start > timeout) break;
         const U32 before = get_uptime_milliseconds();
         U32 count = 0;
-        if (!uart_read_buffer_wait(IOBOARD_UART_PORT, m_parser.receive, RECEIVE_BUFFER_SIZE, REPLY_TIMEOUT_MS,
-                                   &count)) {
+        if (!uart_read_buffer_wait(IOBOARD_UART_PORT, m_parser.receive, RECEIVE_BUFFER_SIZE, timeout, &count)) {
             // A line that fails at once (hung up) is given the time a silent one takes,
             // so that the bring-up's attempts keep their pace.
             const U32 waited = get_uptime_milliseconds() - before;
-            if (waited < REPLY_TIMEOUT_MS) ioboard_sleep_ms(REPLY_TIMEOUT_MS - waited);
+            if (waited < timeout) ioboard_sleep_ms(timeout - waited);
             break;
         }
         m_parser.receiveCount = count;
@@ -661,6 +665,22 @@ static void _streamPass(void)
     pthread_mutex_unlock(&m_mutex);
 }
 
+// One pass of the thread: the bring-up, the start of the stream or one sentence of it.
+static void _threadPass(void)
+{
+    pthread_mutex_lock(&m_mutex);
+    const U32 running = m_data.runningState;
+    const U32 startup = m_data.startupState;
+    pthread_mutex_unlock(&m_mutex);
+    if (running == RUN_BRING_UP) {
+        _bringUp();
+    } else if (startup == START_VERSION_CHECK) {
+        _startStream();
+    } else {
+        _streamPass();
+    }
+}
+
 static void* _ioboardThread(void*)
 {
     // Without the right to real-time scheduling (a PC) the thread runs at normal priority.
@@ -668,19 +688,7 @@ static void* _ioboardThread(void*)
     param.sched_priority = THREAD_PRIORITY;
     pthread_setschedparam(pthread_self(), SCHED_RR, &param);
 
-    while (!m_stop.load()) {
-        pthread_mutex_lock(&m_mutex);
-        const U32 running = m_data.runningState;
-        const U32 startup = m_data.startupState;
-        pthread_mutex_unlock(&m_mutex);
-        if (running == RUN_BRING_UP) {
-            _bringUp();
-        } else if (startup == START_VERSION_CHECK) {
-            _startStream();
-        } else {
-            _streamPass();
-        }
-    }
+    while (!m_stop.load()) _threadPass();
     return nullptr;
 }
 
@@ -1043,4 +1051,15 @@ void ioboard_test_start_stream(U32 mode)
 void ioboard_test_stream_pass(void)
 {
     _streamPass();
+}
+
+void ioboard_test_set_reply_timeout_ms(U32 milliseconds)
+{
+    m_replyTimeoutMs.store(milliseconds);
+    m_collectMs.store(milliseconds < COLLECT_MS ? milliseconds : COLLECT_MS);
+}
+
+void ioboard_test_thread_pass(void)
+{
+    _threadPass();
 }

@@ -158,3 +158,10 @@ void ioboard_test_start_stream(U32 mode);
 // One pass of the stream on the calling thread: the reference rates and stream mode
 // checks, then the next sentence (from what was fed, else from the port) handled.
 void ioboard_test_stream_pass(void);
+// The longest wait for a reply (1000 ms on the dash), and with it the pause that lets the
+// stream gather before a read. 0: once the bytes fed are used up, a reply fails at once.
+void ioboard_test_set_reply_timeout_ms(U32 milliseconds);
+// One pass of the driver's thread on the calling thread, by the state: the bring-up
+// (reset, versions, update, start of the application), the start of the stream, or one
+// sentence of it.
+void ioboard_test_thread_pass(void);

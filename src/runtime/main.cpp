@@ -15,11 +15,6 @@ namespace {
 U32 startTick = 0;
 }
 
-// The screen manager's capacities: screens, stack depth, hooks of each kind.
-constexpr U32 MMI_SCREENS = 100;
-constexpr U32 MMI_STACK = 100;
-constexpr U32 MMI_HOOKS = 10;
-
 void ZelvoMainInit(void)
 {
     sdk_init();

@@ -12,8 +12,6 @@
 #include "ttfonts.h"
 #include "watchdog_drv.h"
 
-enum { PLATFORM_TIMERS = 20 };
-
 void platform_init(void)
 {
     watchdog_init();

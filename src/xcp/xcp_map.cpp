@@ -85,7 +85,6 @@ constexpr XCP_MAP_T m_maps[] = {
     {ramStart, ramEnd, ramMap.data(), ramMapSize},
     {EEStart, EEEnd, EEMap.data(), EEMapSize},
 };
-constexpr U32 XCP_NUM_MAPS = sizeof(m_maps) / sizeof(m_maps[0]);
 
 // The walk below steps from a row to the next and from a map to the next: that needs
 // the rows to cover each map without a hole, and the maps to follow each other.

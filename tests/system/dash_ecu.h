@@ -18,14 +18,19 @@
 
 // The settings file of the dash: the factory record with `change` applied, its check
 // word mended, as the store keeps it.
-inline void WriteSettings(const DeviceRoot& root, const std::function<void(EEVariables_T&)>& change)
+inline std::string SettingsImage(const std::function<void(EEVariables_T&)>& change)
 {
     EEVariables_T record = EEVariables_DEFAULT;
     change(record);
     record.uiCRC = uiCrcCalculation(reinterpret_cast<const U8*>(&record) + 4, sizeof(record) - 4);
     std::string image(32768, '\xFF');
     memcpy(image.data(), &record, sizeof(record));
-    root.Write("app/data/config/motordash-eeprom.dat", image);
+    return image;
+}
+
+inline void WriteSettings(const DeviceRoot& root, const std::function<void(EEVariables_T&)>& change)
+{
+    root.Write("app/data/config/motordash-eeprom.dat", SettingsImage(change));
 }
 
 // A frame of the engine controller with these signals, the others 0, as "id#hex".

@@ -221,7 +221,7 @@ const uint16_t* FramebufferView::PageOnShow() const
     // The program pans while we look: read the live offset once.
     uint32_t yoffset = __atomic_load_n(&header_->yoffset, __ATOMIC_RELAXED);
     if (yoffset > h.yres_virtual - h.yres) yoffset = 0;
-    const uint16_t* pixels = reinterpret_cast<const uint16_t*>(static_cast<const uint8_t*>(map_) + SIMFB_HEADER_SIZE);
+    const uint16_t* pixels = static_cast<const uint16_t*>(map_) + SIMFB_HEADER_SIZE / sizeof(uint16_t);
     return pixels + (size_t)yoffset * h.xres_virtual;
 }
 
@@ -245,16 +245,21 @@ std::vector<uint16_t> FramebufferView::Page() const
 {
     FramebufferView fb(root);
     if (!fb.Valid()) return ::testing::AssertionFailure() << "no framebuffer in " << root;
-    const uint32_t w = fb.Header().xres, h = fb.Header().yres;
+    return PagesMatchPicture([&fb] { return fb.Page(); }, fb.Header().xres, fb.Header().yres, name, timeoutMs);
+}
+
+::testing::AssertionResult PagesMatchPicture(const std::function<std::vector<uint16_t>()>& page, uint32_t w,
+                                             uint32_t h, const std::string& name, int timeoutMs)
+{
     const int64_t end = NowMs() + timeoutMs;
     if (RewritingPicture(name)) {
-        std::vector<uint16_t> last = fb.Page();
+        std::vector<uint16_t> last = page();
         int64_t stableSince = NowMs();
         while (NowMs() < end && NowMs() - stableSince < 500) {
             usleep(20000);
-            std::vector<uint16_t> page = fb.Page();
-            if (page != last) {
-                last = std::move(page);
+            std::vector<uint16_t> now = page();
+            if (now != last) {
+                last = std::move(now);
                 stableSince = NowMs();
             }
         }
@@ -263,14 +268,14 @@ std::vector<uint16_t> FramebufferView::Page() const
     // Compares quietly until the deadline, then once more for the report.
     std::vector<uint16_t> expected;
     for (;;) {
-        const std::vector<uint16_t> page = fb.Page();
-        if (NowMs() >= end) return MatchesPicture(name, page.data(), w, h, w);
+        const std::vector<uint16_t> now = page();
+        if (NowMs() >= end) return MatchesPicture(name, now.data(), w, h, w);
         if (expected.empty()) {
             uint32_t ew = 0, eh = 0;
             if (!png_read_rgb565(ReferencePicturePath(name).c_str(), &expected, &ew, &eh).empty())
-                return MatchesPicture(name, page.data(), w, h, w);
+                return MatchesPicture(name, now.data(), w, h, w);
         }
-        if (page == expected) return MatchesPicture(name, page.data(), w, h, w);
+        if (now == expected) return MatchesPicture(name, now.data(), w, h, w);
         usleep(20000);
     }
 }

@@ -84,6 +84,9 @@ private:
 // being rewritten, stores the page once it has stayed the same for half a second (the
 // first time this run; a later look compares).
 ::testing::AssertionResult PageMatchesPicture(const std::string& root, const std::string& name, int timeoutMs = 5000);
+// The same for any source of w x h pages, read through `page` at each look.
+::testing::AssertionResult PagesMatchPicture(const std::function<std::vector<uint16_t>()>& page, uint32_t w,
+                                             uint32_t h, const std::string& name, int timeoutMs);
 
 // Monotonic milliseconds.
 int64_t NowMs();

@@ -147,7 +147,9 @@ bool _waitForSave(int watch, const EEVariables_T& r)
         if (got <= 0) continue;
         bool closed = false;
         for (ssize_t at = 0; at < got;) {
-            const struct inotify_event* e = reinterpret_cast<const struct inotify_event*>(events + at);
+            // The kernel pads each event's name so that the next event stays aligned.
+            const void* event = events + at;
+            const struct inotify_event* e = static_cast<const struct inotify_event*>(event);
             if ((e->mask & IN_CLOSE_WRITE) && e->len && strcmp(e->name, m_fileName) == 0) closed = true;
             at += (ssize_t)(sizeof(*e) + e->len);
         }

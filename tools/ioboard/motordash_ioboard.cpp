@@ -1,7 +1,8 @@
 // motordash-ioboard: the I/O board of a simulated dash. It holds a pseudo-terminal linked
 // at ROOT/dev/ttySP2, where the dash's serial driver finds it, runs the board's firmware
 // on it (ioboard_board) with its flash kept in ROOT/var/lib/ioboard/flash.bin, and takes
-// requests on ROOT/run/ioboard/control (ioboard_control).
+// requests on ROOT/run/ioboard/control (ioboard_control). With --line it answers on a
+// real serial port instead, the far end of the dash's line on a machine that has one.
 //
 // The board's sentences leave at the pace of the real line (115200 baud, ten bits a
 // byte), and a reply starts only once the command could have arrived: the dash then
@@ -44,6 +45,7 @@ struct TX_T {
 
 struct SIM_T {
     std::string root;
+    std::string line;  // a serial port given by --line; empty for a pseudo-terminal
     long baud = LINE_BAUD;
     int master = -1;
     int slave = -1;  // held open so the terminal stays raw and the master never hangs up
@@ -129,9 +131,28 @@ uint32_t _productId(const std::string& root)
               : 0;
 }
 
+// A serial port of the machine, raw at the line's speed. The dash finds its own end
+// of the line where it always does: nothing is linked.
+std::string _openPort(void)
+{
+    m_sim.master = open(m_sim.line.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    struct termios t;
+    if (m_sim.master < 0 || tcgetattr(m_sim.master, &t) != 0) {
+        return "cannot open " + m_sim.line + ": " + strerror(errno);
+    }
+    cfmakeraw(&t);
+    t.c_cflag |= CLOCAL | CREAD;
+    cfsetspeed(&t, B115200);
+    if (tcsetattr(m_sim.master, TCSANOW, &t) != 0) return "cannot set up " + m_sim.line + ": " + strerror(errno);
+    tcflush(m_sim.master, TCIOFLUSH);
+    m_sim.ptsName = m_sim.line;
+    return "";
+}
+
 // A raw pseudo-terminal; its slave linked at dev/ttySP2, replacing a link left behind.
 std::string _openLine(void)
 {
+    if (!m_sim.line.empty()) return _openPort();
     m_sim.master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (m_sim.master < 0 || grantpt(m_sim.master) != 0 || unlockpt(m_sim.master) != 0) {
         return std::string("cannot open a pseudo-terminal: ") + strerror(errno);
@@ -296,7 +317,8 @@ void _cleanUp(void)
 {
     const std::string link = m_sim.root + "/dev/ttySP2";
     char target[256] = {};
-    if (readlink(link.c_str(), target, sizeof(target) - 1) > 0 && m_sim.ptsName == target) unlink(link.c_str());
+    if (m_sim.line.empty() && readlink(link.c_str(), target, sizeof(target) - 1) > 0 && m_sim.ptsName == target)
+        unlink(link.c_str());
     unlink(ioboard_control_path(m_sim.root).c_str());
     if (m_sim.flash) msync(m_sim.flash, IOBOARD_FLASH_SIZE, MS_SYNC);
 }
@@ -304,8 +326,10 @@ void _cleanUp(void)
 int _usage(void)
 {
     fprintf(stderr,
-            "usage: motordash-ioboard ROOT [--baud N]      the I/O board of a device root, on ROOT/dev/ttySP2;\n"
-            "                                              --baud 0 sends without the line's pacing\n"
+            "usage: motordash-ioboard ROOT [--baud N] [--line TTY]\n"
+            "                                              the I/O board of a device root, on ROOT/dev/ttySP2\n"
+            "                                              or the serial port TTY; --baud 0 sends without the\n"
+            "                                              line's pacing\n"
             "       motordash-ioboard ROOT status          the running board's state as JSON\n"
             "       motordash-ioboard ROOT set NAME VALUE  an input: an1-an14 (V), res1-res14 (ohm), sw1-sw3,\n"
             "                                              swx (1 closed), tach (Hz), supply (V)\n"
@@ -331,6 +355,8 @@ int main(int argc, char** argv)
         if (!strcmp(argv[i], "--baud") && i + 1 < argc) {
             m_sim.baud = strtol(argv[++i], &end, 10);
             if (*end || m_sim.baud < 0) return _usage();
+        } else if (!strcmp(argv[i], "--line") && i + 1 < argc) {
+            m_sim.line = argv[++i];
         } else {
             return _usage();
         }
@@ -362,9 +388,9 @@ int main(int argc, char** argv)
         _cleanUp();
         return 1;
     }
-    printf("motordash-ioboard: on %s at %s/dev/ttySP2, bootloader v%u, application v%u, %ld baud\n",
-           m_sim.ptsName.c_str(), m_sim.root.c_str(), IOBOARD_BOOTLOADER_VERSION,
-           ioboard_application_version(&m_sim.board), m_sim.baud);
+    const std::string where = m_sim.line.empty() ? m_sim.ptsName + " at " + m_sim.root + "/dev/ttySP2" : m_sim.line;
+    printf("motordash-ioboard: on %s, bootloader v%u, application v%u, %ld baud\n", where.c_str(),
+           IOBOARD_BOOTLOADER_VERSION, ioboard_application_version(&m_sim.board), m_sim.baud);
     _run();
     _cleanUp();
     printf("motordash-ioboard: off\n");

@@ -34,6 +34,7 @@
 #include "sim_page.h"
 #include "sim_screen.h"
 #include "tool_clock.h"
+#include "tool_commands.h"
 #include "touch_sim.h"
 
 namespace {
@@ -65,16 +66,6 @@ struct SIM_T {
 };
 
 SIM_T m_sim;
-
-std::string _binDir(void)
-{
-    char path[4096];
-    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
-    if (n <= 0) return ".";
-    path[n] = '\0';
-    std::string s = path;
-    return s.substr(0, s.rfind('/'));
-}
 
 // A child that ends with the simulator, whatever ends it.
 // `env`: "NAME=value" settings added to the child's environment.
@@ -609,7 +600,7 @@ int sim_run(int argc, char** argv)
     }
     char real[4096];
     m_sim.root = realpath(root.c_str(), real) ? real : root;
-    m_sim.bin = _binDir();
+    m_sim.bin = tool_bin_dir();
     {
         FILE* f = fopen((m_sim.root + "/sys/uid/otp/id.bin").c_str(), "rb");
         unsigned char record[16] = {};

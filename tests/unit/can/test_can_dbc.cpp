@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -119,11 +120,14 @@ bool Decoded(const std::string& name, uint32_T frame, double* value)
         if (s.target.record == CAN_REC_INPUTS) base = reinterpret_cast<const uint8_T*>(&CANInputs);
         if (!base) return false;
         base += s.target.offset;
+        real_T f64;
+        uint16_T u16;
+        uint32_T u32;
         switch (s.target.kind) {
-        case CAN_KIND_F64: *value = *reinterpret_cast<const real_T*>(base); return true;
+        case CAN_KIND_F64: memcpy(&f64, base, sizeof(f64)); *value = f64; return true;
         case CAN_KIND_U8: *value = *base; return true;
-        case CAN_KIND_U16: *value = *reinterpret_cast<const uint16_T*>(base); return true;
-        case CAN_KIND_U32: *value = *reinterpret_cast<const uint32_T*>(base); return true;
+        case CAN_KIND_U16: memcpy(&u16, base, sizeof(u16)); *value = u16; return true;
+        case CAN_KIND_U32: memcpy(&u32, base, sizeof(u32)); *value = u32; return true;
         default: return false;
         }
     }

@@ -181,10 +181,13 @@ TEST(GeneratedRecord, SourceText)
     image.pixels[16] = 0xFFFF;
     const std::string text = imgconv_source_text(image, "set.h");
     EXPECT_NE(text.find("#include \"set.h\"\n"), std::string::npos);
-    EXPECT_NE(text.find("BITMAPA wide = {"), std::string::npos);
+    // Both forms of the record take the one pixel list.
+    EXPECT_NE(text.find("    U16 bitmap[20];\n} wide_record"), std::string::npos);
+    EXPECT_NE(text.find("extern BITMAPA wide __attribute__((alias(\"motordash_image_wide\")));\n"), std::string::npos);
+    EXPECT_NE(text.find("BITMAPA wide = {0, {0, 0, 0}, 20, 1, {wide_PIXELS}};\n"), std::string::npos);
     // 16 pixels a line: the 16th ends the first line, the 17th starts the next.
-    EXPECT_NE(text.find(" 0x0001,\n        0xFFFF, 0xABCD,"), std::string::npos);
-    EXPECT_NE(text.find(" 0xABCD,\n    },\n};\n"), std::string::npos);
+    EXPECT_NE(text.find(" 0x0001, \\\n        0xFFFF, 0xABCD,"), std::string::npos);
+    EXPECT_NE(text.find(" 0xABCD, \\\n\n#if"), std::string::npos);
     size_t count = 0;
     for (size_t at = 0; (at = text.find("0x", at)) != std::string::npos; at++) count++;
     EXPECT_EQ(count, 20u);

@@ -17,17 +17,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "ioboard_sentence.h"
 #include "test_root.h"
-
-// body + "*" + checksum + carriage return, as either side sends it.
-inline std::string Sentence(const std::string& body)
-{
-    unsigned sum = '*';
-    for (unsigned char c : body) sum += c;
-    char tail[8];
-    snprintf(tail, sizeof(tail), "*%02X\r", sum & 0xFF);
-    return body + tail;
-}
 
 // Polls until `done` holds or a few seconds have passed.
 inline bool WaitFor(const std::function<bool()>& done, int milliseconds = 5000)
