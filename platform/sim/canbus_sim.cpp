@@ -10,7 +10,7 @@ int canbus_port_of(const char* ifname)
 {
     if (!ifname) return -1;
     for (int port = 0; port < CANBUS_PORTS; port++) {
-        char name[8];
+        char name[16];  // room for any int, whatever the compiler proves of `port`
         snprintf(name, sizeof(name), "can%d", port);
         if (strcmp(ifname, name) == 0) return port;
     }
