@@ -24,5 +24,6 @@ runs=$(echo "$done" | sed -E 's/^#([0-9]+).*/\1/')
 cov=$(echo "$done" | sed -E 's/.*cov: ([0-9]+).*/\1/')
 ft=$(echo "$done" | sed -E 's/.*ft: ([0-9]+).*/\1/')
 corp=$(echo "$done" | sed -E 's/.*corp: ([0-9]+).*/\1/')
+took=$(grep -E '^Done [0-9]+ runs in' "$log" | sed -E 's/.* in ([0-9]+) second.*/\1/')
 rate=$(grep -E '^stat::average_exec_per_sec' "$log" | sed -E 's/.*: *//')
-printf '%-14s %9s runs in %ss  %6s exec/s  cov: %5s  ft: %6s  corpus: %s\n' "$name" "$runs" "$seconds" "$rate" "$cov" "$ft" "$corp"
+printf '%-14s %9s runs in %4ss  %6s exec/s  cov: %5s  ft: %6s  corpus: %s\n' "$name" "$runs" "$took" "$rate" "$cov" "$ft" "$corp"
