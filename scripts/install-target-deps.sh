@@ -6,26 +6,12 @@ set -eu
 
 PACKAGES="qemu-system-x86 qemu-utils busybox-static cpio e2fsprogs xz-utils zstd"
 
-native=$(dpkg --print-architecture)
-missing=""
-for p in $PACKAGES; do
-    # Installed for this machine's architecture (a package may be known for armhf too).
-    dpkg-query -W -f='${binary:Package} ${db:Status-Abbrev}\n' "$p" 2>/dev/null | grep -qE "^$p(:$native)? ii" ||
-        missing="$missing $p"
-done
-
+. "$(dirname "$0")/packages.sh"
+# shellcheck disable=SC2086
+missing=$(packages_missing $PACKAGES)
 if [ -n "$missing" ]; then
-    echo "Installing:$missing"
-    SUDO=""
-    if [ "$(id -u)" -ne 0 ]; then
-        SUDO="sudo"
-    fi
-    export DEBIAN_FRONTEND=noninteractive
-    # A list that fails to refresh (another architecture's, a mirror mid-sync) need not
-    # stop the install: the packages' own lists are usually there.
-    $SUDO apt-get update -qq || true
     # shellcheck disable=SC2086
-    $SUDO apt-get install -y -qq --no-install-recommends $missing >/dev/null
+    packages_install $missing
 fi
 
 # ---- ARM (`make test-arm`): Debian's cross compiler, the armhf libraries through
@@ -34,26 +20,16 @@ ARM_TOOLS="crossbuild-essential-armhf qemu-user"
 ARM_LIBRARIES="libfreetype-dev:armhf libpng-dev:armhf zlib1g-dev:armhf libgtest-dev:armhf libgmock-dev:armhf
 libbenchmark-dev:armhf libts-dev:armhf libsocketcan-dev:armhf libsysfs-dev:armhf"
 
-arm_missing=""
-for p in $ARM_TOOLS $ARM_LIBRARIES; do
-    status=$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)
-    case "$status" in
-        "install ok installed") ;;
-        *) arm_missing="$arm_missing $p" ;;
-    esac
-done
+# shellcheck disable=SC2086
+arm_missing=$(packages_missing $ARM_TOOLS $ARM_LIBRARIES)
 
 if [ -n "$arm_missing" ]; then
     echo "Installing:$arm_missing"
-    SUDO=""
-    if [ "$(id -u)" -ne 0 ]; then
-        SUDO="sudo"
-    fi
     export DEBIAN_FRONTEND=noninteractive
     if ! dpkg --print-foreign-architectures | grep -qx armhf; then
-        $SUDO dpkg --add-architecture armhf
+        as_root dpkg --add-architecture armhf
     fi
-    $SUDO apt-get update -qq || true
+    as_root apt-get update -qq || true
     # A library installed for both architectures must be the same version in both. When
     # the armhf list lags the amd64 one (its security list failed to refresh), pin the
     # amd64 copy to the armhf version, and its source's other packages with it where that
@@ -75,6 +51,6 @@ if [ -n "$arm_missing" ]; then
                       printf "Package: %s\nPin: version %s\nPin-Priority: 1001\n\n" \
                              "Package: src:%s\nPin: version %s\nPin-Priority: 990\n\n", p, v, src[p], v } }' >"$pins"
     # shellcheck disable=SC2086
-    $SUDO apt-get install -y -qq --no-install-recommends --allow-downgrades -o Dir::Etc::Preferences="$pins" \
+    as_root apt-get install -y -qq --no-install-recommends --allow-downgrades -o Dir::Etc::Preferences="$pins" \
         $arm_missing >/dev/null
 fi

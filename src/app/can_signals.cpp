@@ -221,3 +221,17 @@ void CANEncodeText(const CAN_SIGNAL_T& s, const char* text, uint8_T* data)
     for (; text && n < length && text[n]; n++) data[s.byte + n] = (uint8_T)text[n];
     for (; n < length; n++) data[s.byte + n] = 0;
 }
+
+void CANSignalsTestEmptyMailboxes(void)
+{
+    for (const CAN_FRAME_T& f : CAN_FRAMES) {
+        if (f.dir != CAN_RX) continue;
+        CAN_MSG_T m = {};
+        m.id = f.id;
+        m.msg_length = 8;
+        if (f.port == CAN_PORT2) rxTable_285280__0051(CAN_PORT2, &m);
+        else rxTable_285279__0022(CAN_PORT1, &m);
+    }
+    CANSetNeverReceived(CAN_PORT1);
+    CANSetNeverReceived(CAN_PORT2);
+}

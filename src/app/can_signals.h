@@ -730,3 +730,8 @@ void CANEncodeSignal(const CAN_SIGNAL_T& s, real_T value, uint8_T* data);
 void CANEncodeText(const CAN_SIGNAL_T& s, const char* text, uint8_T* data);
 // The 8 bytes of the settings frame 0x131 that the dash sends for this record.
 void CANSettingsFrameData(const EEVariables_T& settings, uint8_T* data);
+
+// ---- For tests only ------------------------------------------------------------------
+
+// Every received frame's mailbox empty and never received, as at power-up.
+void CANSignalsTestEmptyMailboxes(void);

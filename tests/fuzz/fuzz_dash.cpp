@@ -57,22 +57,16 @@ void _setClock(void)
     timer_test_set_clock((int64_t)m_nowMs * 1000000);
 }
 
-// Every mailbox empty and never received, as at power-up.
-void _clearMailboxes(void)
-{
-    for (const CAN_FRAME_T& f : CAN_FRAMES) {
-        if (f.dir != CAN_RX) continue;
-        CAN_MSG_T m = {};
-        m.id = f.id;
-        m.msg_length = 8;
-        if (f.port == CAN_PORT2) rxTable_285280__0051(CAN_PORT2, &m);
-        else rxTable_285279__0022(CAN_PORT1, &m);
-    }
-    CANSetNeverReceived(CAN_PORT1);
-    CANSetNeverReceived(CAN_PORT2);
-}
-
 }  // namespace
+
+void FuzzCanFrame(uint32_t id, uint8_t length, const uint8_t* bytes)
+{
+    CAN_MSG_T m = {};
+    m.id = id;
+    m.msg_length = length;
+    memcpy(m.msg_content, bytes, 8);
+    rxTable_285279__0022(CAN_PORT1, &m);
+}
 
 // A short quarantine: a run frees and allocates a lot, and with the default one almost
 // every allocation would be fresh memory, paid for in page faults.
@@ -183,7 +177,7 @@ void FuzzDashStart(uint32_t startMs, const EEVariables_T* settings, bool large)
 
     // What ZelvoMainInit and ZelvoMain do before QuorinInit, each module back at its start.
     CANSetXcpHandlers(nullptr, nullptr);
-    _clearMailboxes();
+    CANSignalsTestEmptyMailboxes();
     CANTransmitMessage = _sent;
     timer_init(PLATFORM_TIMERS);
     MMIInit(MMI_SCREENS, MMI_STACK, MMI_HOOKS);

@@ -15,6 +15,9 @@ const std::string& FuzzRoot(void);
 void FuzzWriteFile(const std::string& rel, const void* data, size_t size);
 // Removes a file or a folder with all it holds from the root.
 void FuzzRemoveTree(const std::string& rel);
+// A frame of `length` (up to 8 of `bytes`) through port 1's receive table, as the driver
+// hands it on.
+void FuzzCanFrame(uint32_t id, uint8_t length, const uint8_t* bytes);
 
 // An input read front to back; past its end every read gives zeros.
 class FuzzInput {

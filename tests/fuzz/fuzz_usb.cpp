@@ -33,11 +33,8 @@ void _file(const char* rel, FuzzInput* in, size_t length)
 // The engine controller's frame 0x109 with the log request (D0 bit 7) on or off.
 void _logRequest(bool on)
 {
-    CAN_MSG_T m = {};
-    m.id = 0x109;
-    m.msg_length = 8;
-    m.msg_content[0] = on ? 0x80 : 0x00;
-    rxTable_285279__0022(CAN_PORT1, &m);
+    const uint8_t data[8] = {on ? (uint8_t)0x80 : (uint8_t)0x00};
+    FuzzCanFrame(0x109, 8, data);
 }
 
 }  // namespace

@@ -54,15 +54,11 @@ void _pass(void)
 
 void _frame(uint32_t id, uint8_t length, const uint8_t* bytes)
 {
-    CAN_MSG_T m = {};
-    m.id = id;
-    m.msg_length = length;
-    memcpy(m.msg_content, bytes, 8);
     if (id == CAN_ID_XCP_CMD && length > 0) {
         m_lastPid = bytes[0];
         if (bytes[0] == XCP_CMD_GET_SEED) m_seedResource = length > 2 ? bytes[2] : 0;
     }
-    rxTable_285279__0022(CAN_PORT1, &m);
+    FuzzCanFrame(id, length, bytes);
 }
 
 }  // namespace

@@ -33,3 +33,13 @@ std::string tool_bin_dir(void)
     const std::string s = path;
     return s.substr(0, s.rfind('/'));
 }
+
+bool tool_write_whole(const std::string& path, const std::string& text)
+{
+    const std::string tmp = path + ".new";
+    FILE* f = fopen(tmp.c_str(), "w");
+    if (!f) return false;
+    bool ok = fputs(text.c_str(), f) >= 0;
+    ok = fclose(f) == 0 && ok;
+    return ok && rename(tmp.c_str(), path.c_str()) == 0;
+}

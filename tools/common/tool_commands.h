@@ -21,3 +21,6 @@ int tool_dispatch(const char* tool, const TOOL_COMMAND_T (&commands)[N], int arg
 
 // The folder of the running program, where the other motordash programs of its build are.
 std::string tool_bin_dir(void);
+// Writes `text` whole under another name, then renames it to `path`: the dash never reads
+// half a file. False when it could not.
+bool tool_write_whole(const std::string& path, const std::string& text);

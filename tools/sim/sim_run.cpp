@@ -200,16 +200,6 @@ std::string _path(const char* rel)
     return m_sim.root + "/" + rel;
 }
 
-bool _writeFile(const std::string& path, const std::string& text)
-{
-    const std::string tmp = path + ".new";
-    FILE* f = fopen(tmp.c_str(), "w");
-    if (!f) return false;
-    bool ok = fputs(text.c_str(), f) >= 0;
-    ok = fclose(f) == 0 && ok;
-    return ok && rename(tmp.c_str(), path.c_str()) == 0;
-}
-
 // ---- The USB stick's system scripts ------------------------------------------------
 
 // Inserted: the stick's files (kept in ROOT/.stick between insertions) are mounted as
@@ -221,7 +211,7 @@ std::string _usbInsert(void)
     if (rename(_path(".stick").c_str(), mount.c_str()) != 0 && mkdir(mount.c_str(), 0755) != 0) {
         return "cannot mount the stick at " + mount + ": " + strerror(errno);
     }
-    if (!_writeFile(_path("media/usbinfo.txt"), STICK_FOLDER)) return "cannot write media/usbinfo.txt";
+    if (!tool_write_whole(_path("media/usbinfo.txt"), STICK_FOLDER)) return "cannot write media/usbinfo.txt";
     m_sim.stick = STICK_INSERTED;
     return "";
 }
@@ -251,7 +241,7 @@ bool _takesUsr1(pid_t pid)
 std::string _usbEject(void)
 {
     if (m_sim.stick != STICK_INSERTED) return "no stick to eject";
-    if (!_writeFile(_path("app/event/app_command"), "USBSTICK_EJECTREADY")) return "cannot write app/event/app_command";
+    if (!tool_write_whole(_path("app/event/app_command"), "USBSTICK_EJECTREADY")) return "cannot write app/event/app_command";
     if (m_sim.dash > 0) {
         for (int waited = 0; waited < 5000 && !_takesUsr1(m_sim.dash); waited += 10) usleep(10000);
         if (_takesUsr1(m_sim.dash)) kill(m_sim.dash, SIGUSR1);

@@ -14,6 +14,7 @@
 
 #include "eventhandler.h"
 #include "simfb.h"
+#include "tool_commands.h"
 
 extern char** environ;
 
@@ -22,17 +23,6 @@ const char* const SOAK_STICK_FOLDER = ".stick";
 namespace {
 
 constexpr const char* MOUNT_FOLDER = "disk_sda1";
-
-// Written whole under another name, then renamed: the dash never reads half a file.
-bool _writeWhole(const std::string& path, const std::string& text)
-{
-    const std::string tmp = path + ".new";
-    FILE* f = fopen(tmp.c_str(), "w");
-    if (!f) return false;
-    bool ok = fputs(text.c_str(), f) >= 0;
-    ok = fclose(f) == 0 && ok;
-    return ok && rename(tmp.c_str(), path.c_str()) == 0;
-}
 
 std::string _mount(const std::string& root)
 {
@@ -153,7 +143,7 @@ bool SoakStickInsert(const std::string& root, std::string* error)
         *error = "cannot mount the stick at " + mount + ": " + strerror(errno);
         return false;
     }
-    if (!_writeWhole(root + "/media/" + USBINFOFILENAME, MOUNT_FOLDER)) {
+    if (!tool_write_whole(root + "/media/" + USBINFOFILENAME, MOUNT_FOLDER)) {
         *error = "cannot write media/usbinfo.txt";
         return false;
     }
@@ -183,6 +173,6 @@ bool SoakStickAnswerEject(const std::string& root, pid_t dash)
     remove(request.c_str());
     std::string ignored;
     SoakStickPull(root, &ignored);
-    if (!_writeWhole(root + "/app/event/" + EVENT_APP_COMMAND_FILENAME, EVENT_COMMAND_USBSTICK_EJECTREADY)) return false;
+    if (!tool_write_whole(root + "/app/event/" + EVENT_APP_COMMAND_FILENAME, EVENT_COMMAND_USBSTICK_EJECTREADY)) return false;
     return kill(dash, SIGUSR1) == 0;
 }

@@ -75,16 +75,7 @@ protected:
         ResetDisplay();
         ASSERT_EQ(FTFInit(gpaFreetypeFontData, 6), 0);
         mkdir(root.Abs("media").c_str(), 0755);
-        for (const CAN_FRAME_T& f : CAN_FRAMES) {
-            if (f.dir != CAN_RX) continue;
-            CAN_MSG_T m = {};
-            m.id = f.id;
-            m.msg_length = 8;
-            if (f.port == CAN_PORT2) rxTable_285280__0051(CAN_PORT2, &m);
-            else rxTable_285279__0022(CAN_PORT1, &m);
-        }
-        CANSetNeverReceived(CAN_PORT1);
-        CANSetNeverReceived(CAN_PORT2);
+        CANSignalsTestEmptyMailboxes();
         memset(&Velnor_Dorvik_V6c_B, 0, sizeof(Velnor_Dorvik_V6c_B));
         memset(&Velnor_Dorvik_V6c_DWork, 0, sizeof(Velnor_Dorvik_V6c_DWork));
         memset(&CANInputs, 0, sizeof(CANInputs));
